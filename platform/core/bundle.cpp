@@ -1,0 +1,14 @@
+#include "platform/core/bundle.h"
+
+#include <system_error>
+
+namespace orvelin {
+
+std::filesystem::path bundleFolder() {
+  // The program lies at Contents/Linux/orvelin.
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  return program.parent_path().parent_path().parent_path();
+}
+
+}  // namespace orvelin

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <filesystem>
+
+namespace orvelin {
+
+/// The application's bundle, the folder `Orvelin.app`, told from the running program's own place
+/// whatever the current directory is and whichever link it was started through.
+std::filesystem::path bundleFolder();
+
+}  // namespace orvelin

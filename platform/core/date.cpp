@@ -1,0 +1,48 @@
+#include "platform/core/date.h"
+
+#include <chrono>
+#include <cmath>
+#include <ctime>
+
+namespace orvelin {
+
+using namespace std::chrono;
+
+namespace {
+
+constexpr double secondsPerDay = 86400;
+constexpr sys_days origin = year{1904} / January / 1;
+
+double secondsTo(year_month_day day) {
+  return static_cast<double>((sys_days{day} - origin).count()) * secondsPerDay;
+}
+
+}  // namespace
+
+Date::Date() : totalSeconds_(secondsTo(year{1970} / January / 1)) {}
+
+Date Date::ofInstant(std::int64_t unixSeconds) {
+  Date date;
+  const std::time_t instant = unixSeconds;
+  std::tm local{};
+  // The calendar's years end at ±32767; some file systems count further.
+  if (!localtime_r(&instant, &local) || std::abs(local.tm_year) > 30000) return date;
+  const auto day = year{local.tm_year + 1900} / (local.tm_mon + 1) / local.tm_mday;
+  date.totalSeconds_ = secondsTo(day) + local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
+  return date;
+}
+
+int Date::Year() const {
+  const auto day = origin + days{static_cast<int>(std::floor(totalSeconds_ / secondsPerDay))};
+  return static_cast<int>(year_month_day{day}.year());
+}
+
+void Date::Year(int newYear) {
+  const double wholeDays = std::floor(totalSeconds_ / secondsPerDay);
+  const double timeOfDay = totalSeconds_ - wholeDays * secondsPerDay;
+  const year_month_day day{origin + days{static_cast<int>(wholeDays)}};
+  // A day number past the month's end counts on into the next month, which carries 29 February.
+  totalSeconds_ = secondsTo(year{newYear} / day.month() / day.day()) + timeOfDay;
+}
+
+}  // namespace orvelin

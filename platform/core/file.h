@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace orvelin {
+
+/// An open regular file, closed when this goes. Each call that fails leaves its reason in `error`.
+class File {
+ public:
+  /// Opens for reading; never waits on a FIFO and never opens a device.
+  static File openToRead(const std::string& path);
+  /// Opens empty for writing, in place; a symbolic link of that name is replaced, not followed.
+  static File createInPlace(const std::string& path);
+  /// Opens a new file for writing, in place of whatever file or link has that name.
+  static File createNew(const std::string& path);
+
+  File(File&& other) noexcept;
+  File& operator=(File&&) = delete;
+  ~File();
+
+  bool isOpen() const { return descriptor_ >= 0; }
+  /// The `errno` of the last failure, 0 when there was none.
+  int error() const { return error_; }
+  /// Bytes in the file, 0 when that can't be told.
+  std::int64_t size() const;
+
+  /// Reads some bytes; 0 at the end of the file, and on failure with `error` set.
+  std::size_t readSome(char* bytes, std::size_t count);
+  /// Writes all the bytes or answers false.
+  bool write(std::string_view bytes);
+  /// Appends all that is left to read of `source`, by the kernel's own means where it has them.
+  bool writeRestOf(File& source);
+  /// Gives this file the modification time of `source`.
+  bool takeTimeOf(const File& source);
+  /// Answers false when the system reports, only now, that something was not written.
+  bool close();
+
+ private:
+  File(int descriptor, int error) : descriptor_(descriptor), error_(error) {}
+  static File opened(int descriptor);
+  bool failed();
+
+  int descriptor_;
+  int error_;
+};
+
+/// A file that appears under its name whole or not at all: written beside, under a hidden name
+/// fixed by its own, and renamed at the end. What an interrupted run left under that hidden name
+/// is replaced.
+class WholeFile {
+ public:
+  explicit WholeFile(const std::string& path);
+  WholeFile(const WholeFile&) = delete;
+  WholeFile& operator=(const WholeFile&) = delete;
+  /// Removes what was written unless it was put in place.
+  ~WholeFile();
+
+  File& file() { return file_; }
+  /// Puts the file under its name, in place of an older one; false, with `error`, on failure.
+  bool putInPlace();
+  int error() const { return renameError_ ? renameError_ : file_.error(); }
+
+ private:
+  std::string path_;
+  std::string beside_;
+  File file_;
+  bool inPlace_ = false;
+  int renameError_ = 0;
+};
+
+}  // namespace orvelin

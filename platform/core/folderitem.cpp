@@ -1,0 +1,168 @@
+#include "platform/core/folderitem.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "platform/core/bundle.h"
+
+namespace orvelin {
+
+namespace {
+
+Failure failure(const char* action, const std::string& path, int error) {
+  return {action, path, systemReason(error)};
+}
+
+std::optional<struct statx> status(const std::string& path, unsigned wanted) {
+  struct statx status {};
+  if (::statx(AT_FDCWD, path.c_str(), 0, wanted, &status) != 0) return {};
+  return status;
+}
+
+}  // namespace
+
+std::string FolderItem::Name() const {
+  const auto end = path_.find_last_not_of('/');
+  if (end == std::string::npos) return path_;
+  const auto begin = path_.find_last_of('/', end) + 1;
+  return path_.substr(begin, end + 1 - begin);
+}
+
+bool FolderItem::Exists() const { return status(path_, STATX_TYPE).has_value(); }
+
+bool FolderItem::Directory() const {
+  const auto found = status(path_, STATX_TYPE);
+  return found && S_ISDIR(found->stx_mode);
+}
+
+FolderItem::Identity FolderItem::identity() const {
+  const auto found = status(path_, STATX_INO);
+  if (!found) return {};
+  const auto device = std::uint64_t{found->stx_dev_major} << 32 | found->stx_dev_minor;
+  return std::pair{device, std::uint64_t{found->stx_ino}};
+}
+
+Date FolderItem::ModificationDate() const {
+  const auto found = status(path_, STATX_MTIME);
+  return found ? Date::ofInstant(found->stx_mtime.tv_sec) : Date();
+}
+
+Date FolderItem::CreationDate() const {
+  const auto found = status(path_, STATX_BTIME);
+  if (!found || !(found->stx_mask & STATX_BTIME)) return ModificationDate();
+  return Date::ofInstant(found->stx_btime.tv_sec);
+}
+
+std::string FolderItem::childPath(const std::string& name) const {
+  return path_.ends_with('/') ? path_ + name : path_ + "/" + name;
+}
+
+Ref<FolderItem> FolderItem::Child(const std::string& name) const {
+  const bool designates = !name.empty() && name != "." && name != ".." &&
+                          name.find('/') == std::string::npos &&
+                          name.find('\0') == std::string::npos;
+  if (!designates)
+    return Failure{"Impossible de désigner « " + name + " » dans", path_,
+                   "ce nom ne convient pas à un élément"};
+  std::string path = childPath(name);
+  if (name.size() > NAME_MAX || path.size() >= PATH_MAX)
+    return failure("Impossible de désigner l'élément", path, ENAMETOOLONG);
+  return makeRef<FolderItem>(std::move(path));
+}
+
+int FolderItem::Count() {
+  list();
+  return static_cast<int>(listing_->size());
+}
+
+void FolderItem::list() {
+  listing_.emplace();
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(path_.c_str()), ::closedir);
+  int error = folder ? 0 : errno;
+  while (folder) {
+    errno = 0;
+    const dirent* entry = ::readdir(folder.get());
+    if (!entry) {
+      error = errno;
+      break;
+    }
+    std::string name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    listing_->push_back({std::move(name), entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
+  }
+  if (error) report(failure("Impossible de parcourir le dossier", path_, error));
+  std::sort(listing_->begin(), listing_->end(),
+            [](const Entry& a, const Entry& b) { return a.name < b.name; });
+}
+
+Ref<FolderItem> FolderItem::Item(int index) {
+  if (!listing_) list();
+  if (index < 1 || static_cast<std::size_t>(index) > listing_->size())
+    return Failure{"Impossible de désigner l'élément n° " + std::to_string(index) + " de", path_,
+                   "le dossier n'en a pas autant"};
+  const Entry& entry = (*listing_)[static_cast<std::size_t>(index) - 1];
+  std::string path = childPath(entry.name);
+  std::error_code error;
+  if (entry.mayBeAlias && std::filesystem::is_symlink(path, error))
+    if (auto target = std::filesystem::canonical(path, error); !error) path = target.string();
+  return makeRef<FolderItem>(std::move(path));
+}
+
+void FolderItem::CreateAsFolder() const {
+  if (::mkdir(path_.c_str(), 0777) == 0) return;
+  const int error = errno;
+  if (error != EEXIST || !Directory())
+    report(failure("Impossible de créer le dossier", path_, error));
+}
+
+Ref<BinaryStream> FolderItem::CreateBinaryFile(const std::string&) const {
+  File file = File::createInPlace(path_);
+  if (!file.isOpen()) return failure("Impossible de créer le fichier", path_, file.error());
+  return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Writing);
+}
+
+Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
+  File file = File::openToRead(path_);
+  if (!file.isOpen()) return failure("Impossible d'ouvrir le fichier", path_, file.error());
+  return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Reading);
+}
+
+Ref<Picture> FolderItem::OpenAsPicture() const {
+  const Ref<BinaryStream> stream = OpenAsBinaryFile();
+  if (stream) return Picture::read(*stream, path_);
+  report(*stream.why());
+  return *stream.why();
+}
+
+void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
+  WholeFile target(path_);
+  const auto write = [&](std::string_view bytes) { return target.file().write(bytes); };
+  if (target.file().isOpen() && picture->encodeAsJPEG(write) && target.putInPlace()) return;
+  report({"Impossible d'enregistrer l'image", path_,
+          target.error() ? systemReason(target.error()) : "l'original est illisible"});
+}
+
+void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {
+  File source = File::openToRead(path_);
+  if (!source.isOpen()) return report(failure("Impossible de copier", path_, source.error()));
+  WholeFile copy(target->path_);
+  File& file = copy.file();
+  const bool copied = file.isOpen() && file.writeRestOf(source) && file.takeTimeOf(source);
+  if (!copied || !copy.putInPlace())
+    report(failure("Impossible de copier vers", target->path_, copy.error()));
+}
+
+Ref<FolderItem> GetFolderItem(const std::string& path) {
+  const std::filesystem::path base = bundleFolder().parent_path();
+  return makeRef<FolderItem>(path.empty() ? base.string() : (base / path).string());
+}
+
+}  // namespace orvelin

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+namespace orvelin {
+
+/// The segment that makes a JPEG file a JFIF file; belongs right after the first two bytes.
+inline constexpr std::string_view jfifSegment{
+    "\xFF\xE0\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 18};
+
+/// How many scans a JPEG file announces: each costs a decoder a pass over the whole picture.
+int countScans(std::string_view jpeg);
+
+}  // namespace orvelin

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/core/binarystream.h"
+#include "platform/core/ref.h"
+
+namespace orvelin {
+
+/// A picture file read into memory: JPEG, PNG, TIFF, WebP, HEIF, GIF or BMP. Making one looks at
+/// its header alone; its pixels are decoded by the two calls below, each time anew.
+class Picture {
+ public:
+  struct Format;
+  using Write = std::function<bool(std::string_view)>;
+
+  /// The picture that the stream holds; nil when the content is of no known format or would take
+  /// more memory than a real photograph does. `path` is for messages alone.
+  static Ref<Picture> read(BinaryStream& stream, const std::string& path);
+
+  /// `bytes` must begin with the signature of `format`. For `read`.
+  Picture(std::string bytes, const Format& format, std::string path);
+
+  /// Whether all of the picture can be decoded, damaged parts as far as they go; keeps nothing.
+  /// A JPEG is decoded completely, but at one eighth of its size.
+  bool decodes() const;
+
+  /// Encodes what a viewer shows, its first frame upright in 8-bit sRGB, transparent parts on
+  /// white, as a JPEG with a JFIF segment and nothing else beside the pixels. Hands the bytes to
+  /// `write` as they come; false when the picture can't be decoded or `write` answers false.
+  bool encodeAsJPEG(const Write& write) const;
+
+ private:
+  bool reasonable() const;
+
+  std::string bytes_;
+  const Format& format_;
+  std::string path_;
+};
+
+}  // namespace orvelin

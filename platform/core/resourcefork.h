@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "platform/core/ref.h"
+
+namespace orvelin {
+
+/// The application's resources: bytes by a four-character type and a number, kept in the bundle as
+/// `Contents/Resources/TYPE/NUMBER`.
+class ResourceFork {
+ public:
+  /// The resource's bytes, empty where there is no such resource.
+  std::string GetResource(const std::string& type, int id) const;
+};
+
+/// The running application's own resources.
+Ref<ResourceFork> applicationResourceFork();
+
+}  // namespace orvelin
