@@ -1,0 +1,41 @@
+#include "builder/driver.h"
+
+#include <string>
+
+#include "archive/gonfleur.h"
+#include "builder/orderfile.h"
+#include "builder/resourcelookup.h"
+#include "photos/scan.h"
+#include "platform/core/resourcefork.h"
+
+namespace orvelin {
+
+namespace {
+
+void writeResource(int id, const FolderItem& target) {
+  const Ref<BinaryStream> file = target.CreateBinaryFile("nile");
+  file->Write(applicationResourceFork()->GetResource("PCFI", id));
+  file->Close();
+}
+
+}  // namespace
+
+bool buildDigiFilm(BuildState& state) {
+  if (!state.inFol || !state.outFol) return false;
+
+  state.tabItem.clear();
+  state.outFol = state.outFol->Child("DIGIFILM");
+  state.outFol->CreateAsFolder();
+
+  BuildTab(state.inFol, state.outFol, state.tabItem);
+  writeOrderFile(*state.outFol->Child("digifilm.txt"), state.tabItem);
+
+  state.outFol->Child("misc")->CreateAsFolder();
+  writeResource(128, *state.outFol->Child("misc")->Child("favorite.mrk"));
+  writeResource(129, *state.outFol->Child("autorun.inf"));
+
+  GonfleurClass().Gonfler(GetResource(state.appFolder, "datafile"), state.outFol);
+  return true;
+}
+
+}  // namespace orvelin

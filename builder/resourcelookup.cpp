@@ -1,0 +1,37 @@
+#include "builder/resourcelookup.h"
+
+#include "platform/core/background.h"
+#include "platform/core/text.h"
+
+namespace orvelin {
+
+namespace {
+
+/// Whether the folder is the application's bundle: its PkgInfo holds these 8 bytes and no more.
+bool isBundle(const FolderItem& folder) {
+  const Ref<FolderItem> info = folder.Child("PkgInfo");
+  if (!info) return false;
+  const Ref<BinaryStream> stream = info->OpenAsBinaryFile();
+  return stream && equalTexts(stream->Read(stream->Length()), "APPLQvzt");
+}
+
+Ref<FolderItem> findResourceFolder() {
+  const Ref<FolderItem> base = GetFolderItem("");
+  for (int i = 1; i <= base->Count(); ++i) {
+    const Ref<FolderItem> entry = base->Item(i);
+    // The signature lies at the top of the bundle, the resources further down.
+    if (entry->Directory() && isBundle(*entry)) return entry->Child("Contents")->Child("Resources");
+    RuntimeBackgroundTask();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+Ref<FolderItem> GetResource(Ref<FolderItem>& appFolder, const std::string& name) {
+  if (!appFolder) appFolder = findResourceFolder();
+  if (!appFolder) return nullptr;
+  return appFolder->Child(name);
+}
+
+}  // namespace orvelin
