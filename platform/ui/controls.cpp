@@ -1,0 +1,52 @@
+#include "platform/ui/controls.h"
+
+#include <QFont>
+#include <QFontDatabase>
+#include <QLabel>
+#include <QPushButton>
+#include <utility>
+
+#include "platform/ui/useraction.h"
+
+namespace orvelin {
+
+namespace {
+
+QFont fontOf(const Appearance& appearance) {
+  QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+  if (appearance.font != "System") font.setFamily(QString::fromStdString(appearance.font));
+  font.setPixelSize(appearance.size);  // a point of 72 to the inch is a pixel; the toolkit's is not
+  font.setBold(appearance.bold);
+  return font;
+}
+
+}  // namespace
+
+RectControl::RectControl(std::unique_ptr<QWidget> widget, const std::string& name,
+                         const Appearance& appearance)
+    : widget_(std::move(widget)) {
+  widget_->setObjectName(QString::fromStdString(name));
+  widget_->setGeometry(appearance.left, appearance.top, appearance.width, appearance.height);
+  widget_->setFont(fontOf(appearance));
+  widget_->setEnabled(appearance.enabled);
+}
+
+RectControl::~RectControl() = default;
+
+bool RectControl::Enabled() const { return widget_->isEnabled(); }
+
+void RectControl::Enabled(bool enabled) { widget_->setEnabled(enabled); }
+
+StaticText::StaticText(QWidget& content, const std::string& name, const Appearance& appearance)
+    : RectControl(std::make_unique<QLabel>(QString::fromStdString(appearance.text), &content), name,
+                  appearance) {}
+
+PushButton::PushButton(QWidget& content, const std::string& name, const Appearance& appearance,
+                       const std::function<void()>& action)
+    : RectControl(std::make_unique<QPushButton>(QString::fromStdString(appearance.text), &content),
+                  name, appearance) {
+  QObject::connect(&static_cast<QPushButton&>(widget()), &QPushButton::clicked,
+                   [action] { performAction(action); });
+}
+
+}  // namespace orvelin

@@ -1,0 +1,80 @@
+#include "platform/ui/runtime.h"
+
+#include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <new>
+
+#include "platform/core/background.h"
+#include "platform/ui/dialogs.h"
+#include "platform/ui/useraction.h"
+
+namespace orvelin {
+
+namespace {
+
+struct Toolkit {
+  Toolkit(int& argc, char** argv) : application(argc, argv) {
+    QCoreApplication::setApplicationName("Orvelin");
+    QGuiApplication::setApplicationDisplayName("Orvelin");
+    QGuiApplication::setDesktopFileName("orvelin");
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    if (translator.load("qtbase_fr", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+      QCoreApplication::installTranslator(&translator);
+    application.installEventFilter(&actionGate());
+    installBackgroundTask(&letDesktopIn);
+  }
+  ~Toolkit() { installBackgroundTask(nullptr); }
+
+  QTranslator translator;
+  QApplication application;
+  bool quitting = false;
+  int status = 0;
+};
+
+std::unique_ptr<Toolkit> toolkit;
+
+void endAfter(const std::string& failure) {
+  std::cerr << "Orvelin : " + failure + "\n";
+  toolkit->status = 1;
+  MsgBox("Orvelin n'a pas pu continuer et va se fermer.\r\r" + failure);
+  Quit();
+}
+
+}  // namespace
+
+Runtime::Runtime(int& argc, char** argv) {
+  QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
+  toolkit = std::make_unique<Toolkit>(argc, argv);
+}
+
+Runtime::~Runtime() { toolkit.reset(); }
+
+void Runtime::runEventLoop() {
+  if (!toolkit->quitting) QApplication::exec();
+}
+
+int Runtime::stop() {
+  const int status = toolkit->status;
+  toolkit.reset();
+  return status;
+}
+
+void Quit() {
+  toolkit->quitting = true;
+  QCoreApplication::exit();
+}
+
+void handlingFailures(const std::function<void()>& step) try {
+  step();
+} catch (const std::bad_alloc&) {
+  endAfter("Mémoire insuffisante.");
+} catch (const std::exception& failure) {
+  endAfter(failure.what());
+}
+
+}  // namespace orvelin
