@@ -1,0 +1,201 @@
+#include <sys/stat.h>
+
+#include <climits>
+
+#include "archive/gonfleur.h"
+#include "platform/core/background.h"
+#include "support.h"
+
+namespace orvelin::test {
+
+namespace {
+
+using namespace std::string_literals;
+
+std::string text(const std::string& bytes) { return static_cast<char>(bytes.size()) + bytes; }
+std::string number(std::int64_t value) {
+  std::string bytes;
+  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xff);
+  return bytes;
+}
+const std::string times = "\x41\xE6\x5A\x0B\xC0\0\0\0\x41\xE5\x9B\x4F\xA0\0\0\0"s;
+std::string folderEntry(const std::string& name, std::int64_t count) {
+  return text("[FOLDER]") + text(name) + times + number(count);
+}
+std::string fileEntry(const std::string& name, const std::string& data) {
+  return text("[FILE]") + text(name) + times + number(static_cast<std::int64_t>(data.size())) +
+         data;
+}
+/// A folder CD with an empty folder X and a file a.txt.
+const std::string example = folderEntry("CD", 2) + folderEntry("X", 0) + fileEntry("a.txt", "hi");
+
+using Tree = std::vector<std::string>;
+
+}  // namespace
+
+class Archive : public FileTest {
+ protected:
+  Archive() { fs::create_directory(folder / "out"); }
+  void unpack(const std::string& bytes) {
+    write(folder / "archive", bytes);
+    GonfleurClass().Gonfler(item(folder / "archive"), item(folder / "out"));
+  }
+  std::string pack(const fs::path& source) {
+    GonfleurClass().Degonfler(item(source), item(folder / "packed"));
+    return read(folder / "packed");
+  }
+  Tree unpacked() { return treeOf(folder / "out"); }
+};
+
+TEST_F(Archive, OfTheExampleUnpacksTwiceIntoTheSameTree) {
+  ASSERT_EQ(example.size(), 98U);
+  for (int i = 0; i < 2; ++i) {
+    unpack(example + "trailing bytes");
+    EXPECT_EQ(unpacked(), (Tree{"CD", "CD/X", "CD/a.txt"}));
+    EXPECT_EQ(read(folder / "out/CD/a.txt"), "hi");
+    write(folder / "out/CD/a.txt", "something longer");
+    write(folder / "out/CD/X/mine", "mine");
+    fs::remove(folder / "out/CD/X/mine");
+  }
+  struct stat status {};
+  ::stat((folder / "out/CD").c_str(), &status);
+  EXPECT_GT(status.st_mtime, 1'000'000'000) << "the stored time, of 1999, is not applied";
+}
+
+TEST_F(Archive, OfTheExampleIsPackedToTheByte) {
+  fs::create_directories(folder / "CD/X");
+  write(folder / "CD/a.txt", "hi");
+  std::string packed = pack(folder / "CD");
+  ASSERT_EQ(packed.size(), 98U);
+  // Creation times are the file system's own: only the modification times can be set.
+  for (const fs::path& path : {folder / "CD/X", folder / "CD/a.txt", folder / "CD"})
+    setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // Paris is an hour ahead in winter
+  packed = pack(folder / "CD");
+  for (const std::size_t at : {20U, 51U, 84U}) packed.replace(at, 8, example, at, 8);
+  EXPECT_EQ(packed, example);
+}
+
+TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {
+  std::string lower = example;
+  lower.replace(1, 8, "[folder]").replace(64, 6, "[File]");
+  unpack(lower);
+  EXPECT_EQ(unpacked().size(), 3U);
+
+  fs::remove_all(folder / "out/CD");
+  unpack(folderEntry("CD", 4) + text("?") + text("") + fileEntry("a", "1") + fileEntry("b", "") +
+         fileEntry("c", "not counted"));
+  EXPECT_EQ(unpacked(), (Tree{"CD", "CD/a", "CD/b"}));
+
+  unpack(fileEntry("alone", "x"));
+  EXPECT_EQ(read(folder / "out/alone"), "x");
+}
+
+TEST_F(Archive, CutAnywhereEndsWithWhatThereIs) {
+  for (std::size_t size = 0; size <= example.size(); ++size) {
+    SCOPED_TRACE(size);
+    fs::remove_all(folder / "out/CD");
+    // Right after a tag, or the length of a name, the name is empty and designates nothing.
+    const bool nameless =
+        size == 9 || size == 10 || size == 41 || size == 42 || size == 70 || size == 71;
+    if (nameless)
+      EXPECT_THROW(unpack(example.substr(0, size)), NilObjectException);
+    else
+      unpack(example.substr(0, size));
+    EXPECT_EQ(fs::exists(folder / "out/CD"), size >= 12);
+    EXPECT_EQ(fs::exists(folder / "out/CD/X"), size >= 43);
+    EXPECT_EQ(read(folder / "out/CD/a.txt"), size > 96 ? "hi"s.substr(0, size - 96) : "");
+  }
+}
+
+TEST_F(Archive, WithWrongBytesNeverLeavesTheFolder) {
+  for (std::size_t at = 0; at < example.size(); ++at)
+    for (const int flip : {0x01, 0x2e ^ 'a', 0x7f}) {
+      // A count of millions is obeyed, which takes its time.
+      if ((at >= 28 && at < 32) || (at >= 59 && at < 63)) continue;
+      std::string bytes = example;
+      bytes[at] = static_cast<char>(bytes[at] ^ flip);
+      try {
+        unpack(bytes);
+      } catch (const NilObjectException&) {
+      }
+    }
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2);  // the archive and "out"
+  for (const auto& name : {""s, "."s, ".."s, "../out"s, "/tmp/x"s, "a/b"s, "a\0b"s}) {
+    EXPECT_THROW(unpack(fileEntry(name, "x")), NilObjectException) << name;
+    EXPECT_THROW(unpack(folderEntry(name, 0)), NilObjectException) << name;
+  }
+}
+
+TEST_F(Archive, WithNumbersThatLieIsReadAsFarAsItGoes) {
+  unpack(text("[FILE]") + text("long") + times + number(INT_MAX) + "all there is");
+  unpack(text("[FILE]") + text("negative") + times + number(-1) + "not read");
+  unpack(folderEntry("none", -5) + fileEntry("a", ""));
+  EXPECT_EQ(read(folder / "out/long"), "all there is");
+  EXPECT_EQ(read(folder / "out/negative"), "");
+  EXPECT_EQ(unpacked(), (Tree{"long", "negative", "none"}));
+
+  static int yields;
+  yields = 0;
+  installBackgroundTask([] { ++yields; });
+  unpack(folderEntry("many", 1'000'000));
+  installBackgroundTask(nullptr);
+  EXPECT_EQ(yields, 1'000'001);
+}
+
+TEST_F(Archive, NestedBeyondWhatAPathHoldsEndsInAFailure) {
+  std::string deep;
+  for (int i = 0; i < 5000; ++i) deep += folderEntry("d", 1);
+  EXPECT_THROW(unpack(deep), NilObjectException);
+}
+
+TEST_F(Archive, OfWrongKindsOrNothingDoesNothing) {
+  const GonfleurClass gonfleur;
+  write(folder / "file", example);
+  gonfleur.Gonfler(nullptr, item(folder / "out"));
+  gonfleur.Gonfler(item(folder / "file"), nullptr);
+  gonfleur.Gonfler(item(folder / "file"), item(folder / "file"));
+  gonfleur.Gonfler(item(folder), item(folder / "out"));
+  gonfleur.Gonfler(item(folder / "none"), item(folder / "out"));
+  unpack("");
+  EXPECT_TRUE(unpacked().empty());
+
+  gonfleur.Degonfler(nullptr, item(folder / "archive"));
+  gonfleur.Degonfler(item(folder / "file"), item(folder / "archive"));
+  gonfleur.Degonfler(item(folder), item(folder / "out"));
+  gonfleur.Degonfler(item(folder), nullptr);
+  EXPECT_EQ(read(folder / "archive"), "");
+}
+
+TEST_F(Archive, RoundTripKeepsNamesNestingAndContents) {
+  const fs::path tree = folder / "tree";
+  write(tree / ".hidden", "h");
+  write(tree / "sub/deep/\xff[é] .bin", std::string(300'000, '\xfe'));
+  write(tree / "empty.txt", "");
+  fs::create_directories(tree / "sub/none");
+  write(folder / "aside", "linked");
+  fs::create_symlink("../aside", tree / "link");
+  unpack(pack(tree));
+  EXPECT_EQ(unpacked(), (Tree{"tree", "tree/.hidden", "tree/aside", "tree/empty.txt", "tree/sub",
+                              "tree/sub/deep", "tree/sub/deep/\xff[é] .bin", "tree/sub/none"}));
+  EXPECT_EQ(read(folder / "out/tree/sub/deep/\xff[é] .bin"), std::string(300'000, '\xfe'));
+  EXPECT_EQ(read(folder / "out/tree/aside"), "linked");
+}
+
+TEST_F(Archive, CountsAFileThatCannotBeOpenedButHasNoEntryForIt) {
+  ::mkfifo((folder / "fifo").c_str(), 0666);
+  fs::create_directory(folder / "CD");
+  fs::rename(folder / "fifo", folder / "CD/fifo");
+  const std::string packed = pack(folder / "CD");
+  EXPECT_EQ(packed.size(), 32U);
+  EXPECT_EQ(packed.substr(28), number(1));
+}
+
+TEST_F(Archive, StoresTheLowBitsOfALargeLength) {
+  fs::create_directory(folder / "CD");
+  write(folder / "CD/big", "first");
+  fs::resize_file(folder / "CD/big", (std::uint64_t{1} << 32) + 5);
+  const std::string packed = pack(folder / "CD");
+  EXPECT_EQ(packed.substr(packed.size() - 9), number(5) + "first");
+}
+
+}  // namespace orvelin::test

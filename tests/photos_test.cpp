@@ -1,0 +1,181 @@
+#include <sys/stat.h>
+
+#include <chrono>
+
+#include "photos/scan.h"
+#include "platform/core/background.h"
+#include "support.h"
+
+namespace orvelin::test {
+
+using Items = FileTest;
+
+TEST_F(Items, AreFoldedIntoFiftyAndThenFiftyOnes) {
+  const struct {
+    int index;
+    const char* place;
+  } cases[] = {{0, "100k6230/001.jpg"},       {49, "100k6230/050.jpg"},
+               {50, "102k6230/051.jpg"},      {100, "102k6230/101.jpg"},
+               {101, "104k6230/102.jpg"},     {999, "138k6230/1000.jpg"},
+               {22948, "998k6230/22949.jpg"}, {22949, "1000k6230/22950.jpg"}};
+  for (const auto& [index, place] : cases) {
+    const DigiItem digiItem(item(sample(".cachée.jpg")), item(folder), index);
+    EXPECT_TRUE(fs::is_directory((folder / "dcim" / place).parent_path())) << "before any copy";
+    EXPECT_NE(digiItem.BuildData().find("FILE=/dcim/" + std::string(place) + "\r\n"),
+              std::string::npos);
+    EXPECT_EQ(read(folder / "dcim" / place), read(sample(".cachée.jpg")));
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder / "dcim"), {}), 6);
+  EXPECT_THROW(DigiItem(item(folder), nullptr, 0), NilObjectException);
+}
+
+class Records : public FileTest {
+ protected:
+  /// The time stamp in the record of a file last modified at that local reading.
+  std::string stampAt(std::chrono::sys_seconds reading) {
+    write(folder / "photo", "no picture");
+    const std::time_t local = reading.time_since_epoch().count();
+    std::tm fields{};
+    ::gmtime_r(&local, &fields);
+    fields.tm_isdst = -1;
+    setTime(folder / "photo", ::mktime(&fields));
+    const std::string record = DigiItem(item(folder / "photo"), item(folder), 0).BuildData();
+    return record.substr(record.find("TIMESTAMP=") + 10);
+  }
+};
+
+TEST_F(Records, AreFiveLinesWithTheNameAsItStands) {
+  const std::string name = "IMG \xff[0042]. é.JPG";
+  write(folder / name, read(sample("vacances/plage.jpg")));
+  setTime(folder / name, 1118838600);  // 14:30 in Paris
+  EXPECT_EQ(DigiItem(item(folder / name), item(folder), 50).BuildData(),
+            "[Std]\r\nQTY=1\r\nFILE=/dcim/102k6230/051.jpg\r\nORIGINAL=/dcim/102k6230/" + name +
+                "\r\nTIMESTAMP=0x42b03b68");
+}
+
+TEST_F(Records, ShiftTheYearOfTheLocalReading) {
+  using namespace std::chrono;
+  const auto at = [](int y, unsigned m, unsigned d, seconds time) {
+    return sys_days{year{y} / static_cast<int>(m) / static_cast<int>(d)} + time;
+  };
+  EXPECT_EQ(stampAt(at(2005, 6, 15, 14h + 30min)), "0x42b03b68");
+  EXPECT_EQ(stampAt(at(2004, 2, 10, 9h + 5min + 7s)), "0x4029f043");
+  EXPECT_EQ(stampAt(at(2006, 8, 20, 18h + 45min + 30s)), "0x44e9ff4a");
+  EXPECT_EQ(stampAt(at(1970, 1, 1, 15s)), "0xf");
+  EXPECT_EQ(stampAt(at(1970, 1, 1, 0s)), "0x0");
+  EXPECT_EQ(stampAt(at(1969, 12, 31, 23h + 59min + 29s)), "0x-1f");
+}
+
+TEST_F(Records, CountADayMoreInTheClassesOfYearsThatHaveIt) {
+  using namespace std::chrono;
+  for (int y = 1970; y < 2100; ++y)
+    for (const auto day : {January / 31, February / 28, February / 29, March / 1, December / 31}) {
+      const year_month_day date{year{y}, day.month(), day.day()};
+      if (!date.ok()) continue;
+      const bool early = day.month() <= February;
+      const bool more = y % 4 == 0 ? early : y % 4 == 2 ? !early : y % 4 == 3;
+      const auto reading = sys_days{date} + 12h;
+      char expected[32];
+      std::snprintf(expected, sizeof expected, "0x%llx",
+                    static_cast<long long>(reading.time_since_epoch() / 1s) + (more ? 86400 : 0));
+      EXPECT_EQ(stampAt(reading), expected) << y;
+    }
+}
+
+using Placing = FileTest;
+
+TEST_F(Placing, CopiesWhatSaysJfifAndConvertsAllElse) {
+  const std::string jfif = read(sample("vacances/plage.jpg"));
+  const std::string exif = read(sample("IMG_0002.JPG"));
+  const auto placed = [this](const std::string& bytes) {
+    write(folder / "source.tif", bytes);
+    fs::remove_all(folder / "dcim");
+    DigiItem(item(folder / "source.tif"), item(folder), 0).BuildData();
+    return read(folder / "dcim/100k6230/001.jpg");
+  };
+  std::string lower = jfif;
+  lower.replace(6, 4, "jfIf");
+  EXPECT_EQ(placed(jfif), jfif);
+  EXPECT_EQ(placed(lower), lower);
+  EXPECT_EQ(placed("123456JFIFno picture"), "123456JFIFno picture");
+  EXPECT_EQ(placed("123456JFI"), "");
+  EXPECT_EQ(placed("no picture any more"), "");
+  const std::string converted = placed(exif);
+  EXPECT_NE(converted, exif);
+  EXPECT_EQ(placed(converted), converted) << "what was converted once is copied from then on";
+}
+
+TEST_F(Placing, ReplacesWhatIsThere) {
+  write(folder / "dcim/100k6230/001.jpg", "older");
+  DigiItem(item(sample("oiseau.webp")), item(folder), 0).BuildData();
+  expectScene(folder / "dcim/100k6230/001.jpg");
+  EXPECT_EQ(treeOf(folder / "dcim/100k6230"), std::vector<std::string>{"001.jpg"});
+}
+
+class Scan : public FileTest {
+ protected:
+  /// The original names in the order of the scan of `folder`/photos.
+  std::vector<std::string> scanned() {
+    fs::create_directory(folder / "out");
+    DigiItems found;
+    BuildTab(item(folder / "photos"), item(folder / "out"), found);
+    std::vector<std::string> names;
+    for (const auto& digiItem : found) {
+      const std::string record = digiItem->BuildData();
+      const auto begin = record.find("ORIGINAL=/dcim/100k6230/") + 24;
+      names.push_back(record.substr(begin, record.find("\r\n", begin) - begin));
+    }
+    return names;
+  }
+  void photo(const std::string& name) {
+    write(folder / "photos" / name, read(sample("vacances/plage.jpg")));
+  }
+};
+
+TEST_F(Scan, WalksFilesAndFoldersInterleavedInTheOrderOfNames) {
+  for (const char* name : {"a.jpg", "b/b1.jpg", "b/b2.jpg", "b/.h", "c.jpg", ".hidden", "b.jpg"})
+    photo(name);
+  write(folder / "photos/a.txt", "text");
+  ::mkfifo((folder / "photos/b.fifo").c_str(), 0666);
+  EXPECT_EQ(scanned(), (std::vector<std::string>{".hidden", "a.jpg", ".h", "b1.jpg", "b2.jpg",
+                                                 "b.jpg", "c.jpg"}));
+}
+
+TEST_F(Scan, FollowsAliasesButNotBackIntoAFolderItIsIn) {
+  photo("1/picture");
+  write(folder / "elsewhere/other", read(sample("vacances/plage.jpg")));
+  fs::create_symlink("..", folder / "photos/1/back");
+  fs::create_symlink("../1", folder / "photos/1/self");
+  fs::create_symlink(folder / "elsewhere", folder / "photos/2");
+  fs::create_symlink(folder / "elsewhere", folder / "photos/3");
+  fs::create_symlink("1/picture", folder / "photos/4");
+  fs::create_symlink("5", folder / "photos/5");
+  fs::create_symlink(folder / "photos", folder / "elsewhere/photos");
+  EXPECT_EQ(scanned(), (std::vector<std::string>{"picture", "other", "other", "picture"}));
+}
+
+TEST_F(Scan, OfNoPicturesMakesNothingAndOfNilFails) {
+  write(folder / "photos/text", "text");
+  EXPECT_TRUE(scanned().empty());
+  EXPECT_TRUE(fs::is_empty(folder / "out"));
+  DigiItems found;
+  EXPECT_THROW(BuildTab(nullptr, item(folder), found), NilObjectException);
+  EXPECT_FALSE(isOpenablePicture(nullptr));
+}
+
+TEST_F(Scan, ContinuesAListAndYieldsOnceAnEntry) {
+  static int yields;
+  yields = 0;
+  photo("a/1");
+  photo("b");
+  write(folder / "photos/c", "text");
+  installBackgroundTask([] { ++yields; });
+  DigiItems found;
+  BuildTab(item(folder / "photos"), item(folder / "out"), found);
+  BuildTab(item(folder / "photos"), item(folder / "out"), found);
+  installBackgroundTask(nullptr);
+  EXPECT_EQ(yields, 8);
+  EXPECT_NE(found.at(3)->BuildData().find("/004.jpg"), std::string::npos);
+}
+
+}  // namespace orvelin::test

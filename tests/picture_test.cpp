@@ -1,0 +1,148 @@
+#include <vips/vips8>
+
+#include "platform/core/jpegmarkers.h"
+#include "support.h"
+
+namespace orvelin::test {
+
+class Pictures : public FileTest {
+ protected:
+  /// A file of these bytes, under a name that tells nothing of its format.
+  Ref<FolderItem> fileOf(const std::string& bytes) const {
+    write(folder / "file", bytes);
+    return item(folder / "file");
+  }
+  static bool opens(const Ref<FolderItem>& file) {
+    const auto picture = file->OpenAsPicture();
+    return picture && picture->decodes();
+  }
+  /// The picture of these bytes as saved anew.
+  fs::path saved(const std::string& bytes) const {
+    fs::remove(folder / "saved");
+    item(folder / "saved")->SaveAsJPEG(fileOf(bytes)->OpenAsPicture());
+    return folder / "saved";
+  }
+  /// The scene of the samples, `save`d to a buffer by libvips.
+  static std::string encoded(const vips::VImage& image, const std::string& format) {
+    void* data = nullptr;
+    std::size_t size = 0;
+    image.write_to_buffer(format.c_str(), &data, &size);
+    std::string bytes(static_cast<const char*>(data), size);
+    g_free(data);
+    return bytes;
+  }
+  static vips::VImage scene() {
+    return vips::VImage::new_from_file(sample("vacances/montagne.png").c_str());
+  }
+};
+
+TEST_F(Pictures, OfEveryFormatComeOutUprightAndInTheRightColours) {
+  for (const char* name :
+       {"IMG_0001.JPG", "IMG_0005.JPG", "animation.gif", "numérisation.tif", "oiseau.webp",
+        "plan [2005].bmp", "téléphone.heic", "vacances/montagne.png", "vacances/plage.jpg"}) {
+    EXPECT_TRUE(opens(item(sample(name)))) << name;
+    expectScene(saved(read(sample(name))));
+  }
+  expectScene(saved(read(sample("aquarelle.png"))), {255, 255, 255});
+  expectScene(saved(read(sample("imprimeur.jpg"))), {224, 224, 0}, 120);
+}
+
+TEST_F(Pictures, AreTurnedByEachOfTheEightOrientations) {
+  // What a camera held so writes: the scene turned the other way.
+  const vips::VImage image = vips::VImage::new_from_file(sample("vacances/plage.jpg").c_str());
+  const vips::VImage turned[] = {image,
+                                 image.fliphor(),
+                                 image.rot180(),
+                                 image.flipver(),
+                                 image.rot90().fliphor(),
+                                 image.rot270(),
+                                 image.rot270().fliphor(),
+                                 image.rot90()};
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    vips::VImage tagged = turned[orientation - 1].copy();
+    tagged.set(VIPS_META_ORIENTATION, orientation);
+    for (const char* format : {".jpg[Q=95]", ".tif"}) {
+      SCOPED_TRACE(std::to_string(orientation) + format);
+      const fs::path result = saved(encoded(tagged, format));
+      expectScene(result);
+      EXPECT_EQ(vips::VImage::new_from_file(result.c_str()).width(), 160);
+    }
+  }
+}
+
+TEST_F(Pictures, OfDeepColourGreyAndTransparencyKeepTheirTones) {
+  const vips::VImage deep = scene().colourspace(VIPS_INTERPRETATION_RGB16);
+  const vips::VImage clear = deep.bandjoin(vips::VImage::black(160, 120) + 0);
+  expectScene(saved(encoded(deep, ".png")));
+  for (const Colour& colour : quarters(saved(encoded(clear.cast(VIPS_FORMAT_USHORT), ".png"))))
+    EXPECT_EQ(colour, (Colour{255, 255, 255}));
+
+  for (const auto interpretation : {VIPS_INTERPRETATION_B_W, VIPS_INTERPRETATION_GREY16}) {
+    const int scale = interpretation == VIPS_INTERPRETATION_B_W ? 1 : 257;
+    const auto format = scale == 1 ? VIPS_FORMAT_UCHAR : VIPS_FORMAT_USHORT;
+    const vips::VImage grey =
+        ((vips::VImage::black(40, 30) + 100) * scale)
+            .cast(format)
+            .copy(vips::VImage::option()->set("interpretation", interpretation));
+    EXPECT_NEAR(quarters(saved(encoded(grey, ".png")))[0][0], 100, 2);
+  }
+}
+
+TEST_F(Pictures, AreSavedAsJfifWithNothingBesideThePixels) {
+  const fs::path result = saved(read(sample("IMG_0005.JPG")));
+  const std::string bytes = read(result);
+  EXPECT_EQ(bytes.substr(0, 2) + bytes.substr(6, 5), std::string("\xff\xd8JFIF\0", 7));
+  const auto image = vips::VImage::new_from_file(result.c_str());
+  EXPECT_EQ(image.get_typeof(VIPS_META_ICC_NAME), 0U);
+  EXPECT_EQ(bytes.find("Exif"), std::string::npos);
+  EXPECT_STREQ(image.get_string("jpeg-chroma-subsample"), "4:2:0");
+}
+
+TEST_F(Pictures, ThatAreDamagedAreTakenAsFarAsTheyGo) {
+  for (const char* name : {"IMG_0001.JPG", "vacances/plage.jpg"}) {
+    std::string bytes = read(sample(name));
+    EXPECT_TRUE(opens(fileOf(bytes.substr(0, bytes.size() * 9 / 10)))) << name;
+    for (std::size_t at = bytes.size() - 60; at < bytes.size() - 2; at += 7) bytes[at] ^= 0x55;
+    EXPECT_TRUE(opens(fileOf(bytes))) << name;
+  }
+  EXPECT_TRUE(fs::exists(saved(read(sample("IMG_0001.JPG")).substr(0, 2000))));
+}
+
+TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
+  const std::string others[] = {"",
+                                "x",
+                                "BM",
+                                "BMW, la voiture de mon oncle\n",
+                                "1 2 3\n4 5 6\n7 8 9\n",
+                                "1,2,3\n4,5,6\n",
+                                "P3\n1 1\n255\n255 0 0\n",
+                                "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
+                                "%PDF-1.4\n",
+                                "%!PS-Adobe-3.0\n",
+                                "push graphic-context\nviewbox 0 0 9 9\n",
+                                "\xff\xd8\xff\xe0",
+                                "GIF89a",
+                                read(sample("IMG_0001.JPG")).substr(0, 300)};
+  for (const std::string& bytes : others) EXPECT_FALSE(opens(fileOf(bytes))) << bytes;
+}
+
+TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
+  std::string png = read(sample("aquarelle.png"));
+  png.replace(16, 8, std::string("\x00\x01\x00\x00\x00\x01\x00\x00", 8));  // 65536 pixels a side
+  EXPECT_FALSE(opens(fileOf(png)));
+
+  const std::string bytes = encoded(scene(), ".jpg[interlace]");
+  EXPECT_EQ(countScans(bytes), 10);
+  EXPECT_TRUE(opens(fileOf(bytes)));
+  const auto scan = bytes.rfind("\xff\xda");
+  std::string endless = bytes.substr(0, bytes.size() - 2);
+  for (int i = 0; i < 200; ++i) endless += bytes.substr(scan, bytes.size() - 2 - scan);
+  EXPECT_FALSE(opens(fileOf(endless + "\xff\xd9")));
+}
+
+TEST_F(Pictures, ShowWhatTheFileHoldsNow) {
+  EXPECT_TRUE(opens(fileOf(read(sample("oiseau.webp")))));
+  EXPECT_FALSE(opens(fileOf("no picture any more")));
+}
+
+}  // namespace orvelin::test

@@ -1,0 +1,67 @@
+#include "support.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <vips/vips8>
+
+namespace orvelin::test {
+
+void setTime(const fs::path& path, std::int64_t seconds) {
+  const timespec times[] = {{seconds, 0}, {seconds, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+namespace {
+
+void limitFileSize(rlim_t bytes) {
+  rlimit limit{};
+  ::getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = bytes;
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+}  // namespace
+
+FullDisk::FullDisk(std::uint64_t bytes) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  limitFileSize(bytes);
+}
+
+FullDisk::~FullDisk() { limitFileSize(RLIM_INFINITY); }
+
+std::vector<Colour> quarters(const fs::path& path) {
+  const std::string bytes = read(path);
+  const auto image = vips::VImage::new_from_buffer(bytes.data(), bytes.size(), "");
+  std::vector<Colour> colours;
+  for (const int y : {1, 3})
+    for (const int x : {1, 3}) {
+      const auto pixel = image.getpoint(image.width() * x / 4, image.height() * y / 4);
+      const auto band = [&](std::size_t i) {
+        return static_cast<int>(pixel[pixel.size() < 3 ? 0 : i]);
+      };
+      colours.push_back({band(0), band(1), band(2)});
+    }
+  return colours;
+}
+
+void expectScene(const fs::path& path, Colour bottomRight, int tolerance) {
+  const std::vector<Colour> wanted{{224, 0, 0}, {0, 192, 0}, {0, 0, 224}, bottomRight};
+  const auto found = quarters(path);
+  for (std::size_t quarter = 0; quarter < 4; ++quarter)
+    for (std::size_t band = 0; band < 3; ++band)
+      EXPECT_NEAR(found[quarter][band], wanted[quarter][band], tolerance)
+          << path << ", quarter " << quarter << ", band " << band;
+}
+
+FileTest::FileTest() {
+  VIPS_INIT("orvelin tests");  // the tests use libvips by themselves as well
+  std::string pattern = (fs::temp_directory_path() / "orvelin-XXXXXX").string();
+  folder = ::mkdtemp(pattern.data());
+}
+
+FileTest::~FileTest() { fs::remove_all(folder); }
+
+}  // namespace orvelin::test

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "platform/core/folderitem.h"
+
+namespace orvelin::test {
+
+namespace fs = std::filesystem;
+
+inline Ref<FolderItem> item(const fs::path& path) { return makeRef<FolderItem>(path.string()); }
+
+inline fs::path sample(const std::string& name) { return fs::path(ORVELIN_SAMPLES) / name; }
+
+inline std::string read(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void write(const fs::path& path, const std::string& bytes) {
+  fs::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// All that lies below a folder, as sorted relative paths.
+inline std::vector<std::string> treeOf(const fs::path& folder) {
+  std::vector<std::string> tree;
+  for (const auto& entry : fs::recursive_directory_iterator(folder))
+    tree.push_back(fs::relative(entry.path(), folder).string());
+  std::sort(tree.begin(), tree.end());
+  return tree;
+}
+
+/// Sets a file's modification time, in seconds since 1970 UTC.
+void setTime(const fs::path& path, std::int64_t seconds);
+
+/// While it lives, no file can grow beyond `bytes`: writes fail as they do on a full disk.
+class FullDisk {
+ public:
+  explicit FullDisk(std::uint64_t bytes);
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+  ~FullDisk();
+};
+
+using Colour = std::array<int, 3>;
+/// The colours in the middle of a picture's four quarters, as another program decodes the file.
+std::vector<Colour> quarters(const fs::path& path);
+/// Expects the scene that all samples show, upright.
+void expectScene(const fs::path& path, Colour bottomRight = {224, 224, 0}, int tolerance = 30);
+
+/// A test on real files, in a folder of its own.
+class FileTest : public testing::Test {
+ protected:
+  FileTest();
+  ~FileTest() override;
+  fs::path folder;
+};
+
+}  // namespace orvelin::test
