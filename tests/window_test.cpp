@@ -46,9 +46,7 @@ class WindowTest : public FileTest {
   Widget& control(const char* name) {
     return *frame->findChild<Widget*>(name);
   }
-  void click(const char* name) {
-    QTest::mouseClick(&control<QPushButton>(name), Qt::LeftButton);
-  }
+  void click(const char* name) { QTest::mouseClick(&control<QPushButton>(name), Qt::LeftButton); }
   /// The enabled state of the six controls, as the table of the window orders them.
   std::string enabled() {
     std::string state;
@@ -281,11 +279,12 @@ TEST_F(WindowTest, ShowsTheAboutBoxAsPlainLines) {
   });
   Window1::Instance()->AppleApropos()->action().trigger();
   EXPECT_TRUE(plain);
-  EXPECT_EQ(text.find("\nCréé par "),
-            std::string("Orvelin permet de créer, à partir d'un dossier photo, un dossier contenant "
-                        "la structure d'un DigiFilm© qui peut être graver pour optenir un CD "
-                        "DigiFilm©")
-                .size());
+  EXPECT_EQ(
+      text.find("\nCréé par "),
+      std::string("Orvelin permet de créer, à partir d'un dossier photo, un dossier contenant "
+                  "la structure d'un DigiFilm© qui peut être graver pour optenir un CD "
+                  "DigiFilm©")
+          .size());
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 4);
   EXPECT_NE(text.find("\n\nIcône : "), std::string::npos);
 }
@@ -305,7 +304,8 @@ TEST_F(WindowTest, QuitsAtTheShortcut) {
 TEST_F(WindowTest, ExistsOnceAndSharesTheOneMenuBar) {
   EXPECT_EQ(Window1::Instance(), Window1::Instance());
   int windows = 0;
-  for (QWidget* widget : QApplication::topLevelWidgets()) windows += widget->inherits("QMainWindow");
+  for (QWidget* widget : QApplication::topLevelWidgets())
+    windows += widget->inherits("QMainWindow");
   EXPECT_EQ(windows, 1);
   EXPECT_EQ(&Window1::Instance()->MenuBar()->find("FileQuit")->action(),
             &MenuBar1::Instance()->find("FileQuit")->action());
