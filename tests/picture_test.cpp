@@ -106,6 +106,18 @@ TEST_F(Pictures, ThatAreDamagedAreTakenAsFarAsTheyGo) {
     EXPECT_TRUE(opens(fileOf(bytes))) << name;
   }
   EXPECT_TRUE(fs::exists(saved(read(sample("IMG_0001.JPG")).substr(0, 2000))));
+
+  // Several hundred restart markers, all of them out of step.
+  std::string restarting = encoded(scene(), ".jpg[restart_interval=1,subsample_mode=off]");
+  int markers = 0;
+  for (std::size_t at = 0; at + 1 < restarting.size(); ++at)
+    if (restarting[at] == '\xff' && (restarting[at + 1] & 0xf8) == 0xd0) {
+      restarting[at + 1] ^= 4;
+      ++markers;
+    }
+  EXPECT_GT(markers, 200);
+  EXPECT_TRUE(opens(fileOf(restarting)));
+  EXPECT_TRUE(fs::exists(saved(restarting)));
 }
 
 TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
