@@ -192,6 +192,11 @@ TEST_F(Streams, YieldWhatIsLeftAndThenNothing) {
   EXPECT_LT(item(folder / "file")->OpenAsBinaryFile()->Read(INT_MAX).capacity(), 100U);
 }
 
+TEST(Dates, BeyondTheCalendarReadTheFirstOf1970) {
+  EXPECT_EQ(Date::ofInstant(std::int64_t{1} << 40).Year(), 1970);
+  EXPECT_EQ(Date::ofInstant(INT64_MAX).Year(), 1970);
+}
+
 TEST(Dates, OfAnItemThatDoesNotExistReadTheFirstOf1970) {
   const auto nowhere = item("/nowhere/at/all");
   EXPECT_EQ(nowhere->ModificationDate().TotalSeconds(), 2'082'844'800.0);

@@ -190,12 +190,16 @@ TEST_F(WindowTest, TakesNoInputDuringABuildThenOrAfterwards) {
   };
   installBackgroundTask([] { meanwhile(); });
   std::string message;
-  closeMessage(message);
+  whenDialogOpens([&message](QDialog& dialog) {
+    message = dynamic_cast<QMessageBox&>(dialog).text().toStdString();
+    QTest::qWait(50);
+    EXPECT_EQ(dismissed, 0);
+    dialog.accept();
+  });
   click("PushButton3");
   installBackgroundTask(nullptr);
   QTest::qWait(50);
   EXPECT_EQ(message, "Votre DigiFilm est créé !");
-  EXPECT_EQ(dismissed, 0);
   EXPECT_EQ(dialogs, 3) << "two folders and one message";
   EXPECT_FALSE(fs::exists(folder / "CD/DIGIFILM/DIGIFILM"));
   EXPECT_TRUE(frame->isVisible());
