@@ -1,8 +1,4 @@
-#include <unistd.h>
-
 #include "builder/driver.h"
-#include "builder/filetypes.h"
-#include "builder/generatestring.h"
 #include "builder/orderfile.h"
 #include "builder/resourcelookup.h"
 #include "support.h"
@@ -18,24 +14,7 @@ const std::string header =
     "\t\t    \r\n[Product]\r\n";
 const std::string trailer = "\r\n;\r\n; end of digifilm.txt\r\n;\r\n\r\n\r\n";
 
-const std::vector<std::string> support{"ORVELIN", "ORVELIN/LISEZMOI.txt", "ORVELIN/orvelin.ico",
-                                       "autorun.inf"};
-
 }  // namespace
-
-TEST(GenerateString, RepeatsItsText) {
-  EXPECT_EQ(GenerateString("\t", 3), "\t\t\t");
-  EXPECT_EQ(GenerateString("ab", 2), "abab");
-  EXPECT_EQ(GenerateString("", 5) + GenerateString("a", 0) + GenerateString("a", -1), "");
-}
-
-TEST(FileTypes, AreThereFromInstallationToRelease) {
-  FileTypes::install();
-  EXPECT_EQ(FileTypes::pText->MacType + FileTypes::pText->MacCreator, "TEXTtext");
-  EXPECT_EQ(FileTypes::pNile->Name + FileTypes::pNile->MacType, "nile");
-  FileTypes::release();
-  EXPECT_FALSE(FileTypes::pText || FileTypes::pNile);
-}
 
 using OrderFile = FileTest;
 
@@ -52,51 +31,26 @@ TEST_F(OrderFile, HasTheseBytesAndNoOlderOnes) {
   EXPECT_EQ(read(folder / "digifilm.txt"), header + trailer);
 }
 
-class Lookup : public FileTest {
- protected:
-  ~Lookup() override {
-    for (const auto& path : made) fs::remove_all(path);
-  }
-  /// A folder beside the application's bundle with that in its PkgInfo.
-  fs::path beside(const std::string& name, const std::string& signature) {
-    fs::path path = fs::path(GetFolderItem("")->Path()) / name;
-    made.push_back(path);
-    write(path / "PkgInfo", signature);
-    return path;
-  }
-  std::string found() {
+TEST(Lookup, TakesTheFirstFolderThatHoldsTheSignatureAndNothingMore) {
+  const fs::path base = GetFolderItem("")->Path();
+  const auto found = [] {
     Ref<FolderItem> appFolder;
-    return GetResource(appFolder, "datafile")->Path();
-  }
-  const std::string own = GetFolderItem("Orvelin.app/Contents/Resources/datafile")->Path();
-
- private:
-  std::vector<fs::path> made;
-};
-
-TEST_F(Lookup, FindsTheApplicationWhateverTheCurrentFolder) {
+    const auto datafile = GetResource(appFolder, "datafile")->Path();
+    EXPECT_EQ(GetResource(appFolder, "datafile")->Path(), datafile);
+    return fs::relative(datafile, fs::path(GetFolderItem("")->Path())).string();
+  };
   const fs::path before = fs::current_path();
-  fs::current_path(folder);
-  EXPECT_EQ(found(), own);
+  fs::current_path("/");
+  write(base / "1/PkgInfo", "APPLQvzt\n");
+  write(base / "2/PkgInfo", "APPLQvz");
+  write(base / "3/Contents/PkgInfo", "APPLQvzt");
+  EXPECT_EQ(found(), "Orvelin.app/Contents/Resources/datafile");
+  EXPECT_TRUE(fs::exists(base / found()));
+  write(base / "A/PkgInfo", "APPLQvzt");
+  write(base / "9/PkgInfo", "applqvzt");
+  EXPECT_EQ(found(), "9/Contents/Resources/datafile");
+  for (const char* made : {"1", "2", "3", "9", "A"}) fs::remove_all(base / made);
   fs::current_path(before);
-  EXPECT_TRUE(fs::exists(own));
-}
-
-TEST_F(Lookup, TakesTheFirstFolderThatHoldsTheSignatureAndNothingMore) {
-  beside("1", "APPLQvzt\n");
-  beside("2", "APPLQvz");
-  write(beside("3", "") / "Contents/PkgInfo", "APPLQvzt");
-  fs::create_directories(beside("4", "") / "PkgInfo2");
-  EXPECT_EQ(found(), own);
-  const fs::path lower = beside("5", "applqvzt");
-  EXPECT_EQ(found(), lower / "Contents/Resources/datafile");
-  beside("A", "APPLQvzt");
-  EXPECT_EQ(found(), lower / "Contents/Resources/datafile");
-}
-
-TEST_F(Lookup, RemembersWhatItFoundAndLooksNoFurther) {
-  Ref<FolderItem> appFolder = item(folder / "remembered");
-  EXPECT_EQ(GetResource(appFolder, "x")->Path(), folder / "remembered/x");
 }
 
 class Build : public FileTest {
@@ -110,11 +64,14 @@ class Build : public FileTest {
   void photo(const std::string& name, const std::string& from) {
     write(folder / "photos" / name, read(sample(from)));
   }
-  std::vector<std::string> expected(std::vector<std::string> own) {
-    own.insert(own.end(), support.begin(), support.end());
-    own.insert(own.end(), {"digifilm.txt", "misc", "misc/favorite.mrk"});
-    std::sort(own.begin(), own.end());
-    return own;
+  /// What a build makes, with the pictures of these names.
+  static std::vector<std::string> treeWith(const std::vector<std::string>& pictures) {
+    std::vector<std::string> tree{"ORVELIN", "ORVELIN/LISEZMOI.txt", "ORVELIN/orvelin.ico",
+                                  "autorun.inf"};
+    if (!pictures.empty()) tree.insert(tree.end(), {"dcim", "dcim/100k6230"});
+    for (const auto& name : pictures) tree.push_back("dcim/100k6230/" + name);
+    tree.insert(tree.end(), {"digifilm.txt", "misc", "misc/favorite.mrk"});
+    return tree;
   }
   BuildState state;
   const fs::path root = folder / "CD/DIGIFILM";
@@ -122,16 +79,12 @@ class Build : public FileTest {
 
 TEST_F(Build, WithoutPicturesMakesAllTheRest) {
   EXPECT_TRUE(buildDigiFilm(state));
-  EXPECT_EQ(treeOf(root), expected({}));
+  EXPECT_EQ(treeOf(root), treeWith({}));
   EXPECT_EQ(read(root / "digifilm.txt"), header + trailer);
   EXPECT_EQ(read(root / "misc/favorite.mrk"),
             "[HDR]\r\nGEN REV = 01.00\r\nGEN CRT = \"Orvelin\"\r\n[FAVORITES]\r\n");
   EXPECT_EQ(read(root / "autorun.inf").substr(0, 11), "[autorun]\r\n");
-  const std::string icon = read(root / "autorun.inf");
-  std::string named = icon.substr(icon.find("icon=") + 5);
-  named = named.substr(0, named.find('\r'));
-  std::replace(named.begin(), named.end(), '\\', '/');
-  EXPECT_TRUE(fs::exists(root / named)) << named;
+  EXPECT_NE(read(root / "autorun.inf").find("icon=ORVELIN\\orvelin.ico\r\n"), std::string::npos);
 }
 
 TEST_F(Build, NestsWhenRepeatedAndReusesWhenTheDestinationIsChosenAnew) {
@@ -139,8 +92,7 @@ TEST_F(Build, NestsWhenRepeatedAndReusesWhenTheDestinationIsChosenAnew) {
   ASSERT_TRUE(buildDigiFilm(state));
   EXPECT_EQ(state.outFol->Path(), root.string());
   ASSERT_TRUE(buildDigiFilm(state));
-  EXPECT_EQ(treeOf(root / "DIGIFILM"),
-            expected({"dcim", "dcim/100k6230", "dcim/100k6230/001.jpg"}));
+  EXPECT_EQ(treeOf(root / "DIGIFILM"), treeWith({"001.jpg"}));
   EXPECT_EQ(state.tabItem.size(), 1U);
 
   fs::remove_all(root / "DIGIFILM");
@@ -148,17 +100,15 @@ TEST_F(Build, NestsWhenRepeatedAndReusesWhenTheDestinationIsChosenAnew) {
   write(root / "digifilm.txt", std::string(5000, 'x'));
   state.outFol = item(folder / "CD");
   ASSERT_TRUE(buildDigiFilm(state));
-  EXPECT_EQ(treeOf(root),
-            expected({"dcim", "dcim/100k6230", "dcim/100k6230/001.jpg", "dcim/100k6230/077.jpg"}));
+  EXPECT_EQ(treeOf(root), treeWith({"001.jpg", "077.jpg"}));
   EXPECT_LT(read(root / "digifilm.txt").size(), 1000U);
 }
 
 TEST_F(Build, IsGuardedAgainstMissingFolders) {
+  BuildState without;
+  without.inFol = state.inFol;
   state.inFol = nullptr;
-  EXPECT_FALSE(buildDigiFilm(state));
-  state.inFol = item(folder);
-  state.outFol = nullptr;
-  EXPECT_FALSE(buildDigiFilm(state));
+  EXPECT_FALSE(buildDigiFilm(without) || buildDigiFilm(state));
   EXPECT_TRUE(fs::is_empty(folder / "CD"));
 }
 
@@ -175,30 +125,6 @@ TEST_F(Build, InsideThePhotoFolderTakesThePicturesOfAnEarlierOne) {
   EXPECT_EQ(read(placed / "001.jpg"), read(sample("vacances/plage.jpg")));
   EXPECT_EQ(read(placed / "003.jpg"), read(placed / "001.jpg"));
   EXPECT_EQ(read(placed / "004.jpg"), read(placed / "002.jpg"));
-}
-
-TEST_F(Build, ThatCannotWriteEndsInAFailureThatNamesTheFile) {
-  write(root / "digifilm.txt/in the way", "");
-  try {
-    buildDigiFilm(state);
-    FAIL() << "no failure";
-  } catch (const NilObjectException& failure) {
-    EXPECT_EQ(failure.what(), "Impossible de créer le fichier « " +
-                                  (root / "digifilm.txt").string() +
-                                  " » : un dossier porte ce nom.");
-  }
-}
-
-TEST_F(Build, OnAFullDiskLeavesNoPicturePartlyWritten) {
-  photo("a.jpg", "IMG_0001.JPG");
-  photo("b.jpg", "vacances/plage.jpg");
-  photo("c.bmp", "plan [2005].bmp");
-  {
-    const FullDisk disk(700);
-    EXPECT_TRUE(buildDigiFilm(state));
-  }
-  EXPECT_EQ(treeOf(root / "dcim"), std::vector<std::string>{"100k6230"});
-  EXPECT_EQ(read(root / "digifilm.txt").substr(0, 236), header);
 }
 
 }  // namespace orvelin::test

@@ -49,15 +49,10 @@ TEST_F(Pictures, OfEveryFormatComeOutUprightAndInTheRightColours) {
 
 TEST_F(Pictures, AreTurnedByEachOfTheEightOrientations) {
   // What a camera held so writes: the scene turned the other way.
-  const vips::VImage image = vips::VImage::new_from_file(sample("vacances/plage.jpg").c_str());
-  const vips::VImage turned[] = {image,
-                                 image.fliphor(),
-                                 image.rot180(),
-                                 image.flipver(),
-                                 image.rot90().fliphor(),
-                                 image.rot270(),
-                                 image.rot270().fliphor(),
-                                 image.rot90()};
+  const vips::VImage v = scene();
+  const vips::VImage turned[] = {
+      v,          v.fliphor(),          v.rot180(), v.flipver(), v.rot90().fliphor(),
+      v.rot270(), v.rot270().fliphor(), v.rot90()};
   for (int orientation = 1; orientation <= 8; ++orientation) {
     vips::VImage tagged = turned[orientation - 1].copy();
     tagged.set(VIPS_META_ORIENTATION, orientation);
@@ -77,15 +72,8 @@ TEST_F(Pictures, OfDeepColourGreyAndTransparencyKeepTheirTones) {
   for (const Colour& colour : quarters(saved(encoded(clear.cast(VIPS_FORMAT_USHORT), ".png"))))
     EXPECT_EQ(colour, (Colour{255, 255, 255}));
 
-  for (const auto interpretation : {VIPS_INTERPRETATION_B_W, VIPS_INTERPRETATION_GREY16}) {
-    const int scale = interpretation == VIPS_INTERPRETATION_B_W ? 1 : 257;
-    const auto format = scale == 1 ? VIPS_FORMAT_UCHAR : VIPS_FORMAT_USHORT;
-    const vips::VImage grey =
-        ((vips::VImage::black(40, 30) + 100) * scale)
-            .cast(format)
-            .copy(vips::VImage::option()->set("interpretation", interpretation));
-    EXPECT_NEAR(quarters(saved(encoded(grey, ".png")))[0][0], 100, 2);
-  }
+  const vips::VImage grey = (vips::VImage::black(40, 30) + 100).cast(VIPS_FORMAT_UCHAR);
+  EXPECT_NEAR(quarters(saved(encoded(grey, ".png")))[0][0], 100, 2);
 }
 
 TEST_F(Pictures, AreSavedAsJfifWithNothingBesideThePixels) {
@@ -150,11 +138,6 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
   std::string endless = bytes.substr(0, bytes.size() - 2);
   for (int i = 0; i < 200; ++i) endless += bytes.substr(scan, bytes.size() - 2 - scan);
   EXPECT_FALSE(opens(fileOf(endless + "\xff\xd9")));
-}
-
-TEST_F(Pictures, ShowWhatTheFileHoldsNow) {
-  EXPECT_TRUE(opens(fileOf(read(sample("oiseau.webp")))));
-  EXPECT_FALSE(opens(fileOf("no picture any more")));
 }
 
 }  // namespace orvelin::test

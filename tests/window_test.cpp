@@ -58,6 +58,12 @@ class WindowTest : public FileTest {
     return state;
   }
 
+  /// Runs the event loop, with `action` as the first thing that happens in it, and ends.
+  int statusAfter(const std::function<void()>& action) {
+    QTimer::singleShot(0, frame, action);
+    runtime.runEventLoop();
+    return end();
+  }
   /// Does `answer` to the dialog that opens next; counts dialogs in `dialogs`.
   void whenDialogOpens(const std::function<void(QDialog&)>& answer) {
     QTimer::singleShot(0, [this, answer] {
@@ -67,27 +73,29 @@ class WindowTest : public FileTest {
       answer(*dialog);
     });
   }
+  /// Chooses the folder, or cancels where none is given.
   void choose(const char* button, const fs::path& path) {
     whenDialogOpens([path](QDialog& dialog) {
-      auto* name = dialog.findChild<QLineEdit*>("fileNameEdit");
-      name->setText(QString::fromStdString(path.string()));
-      QTest::keyClick(name, Qt::Key_Return);
+      if (path.empty()) return QTest::keyClick(&dialog, Qt::Key_Escape);
+      auto* line = dialog.findChild<QLineEdit*>("fileNameEdit");
+      line->setText(QString::fromStdString(path.string()));
+      QTest::keyClick(line, Qt::Key_Return);
     });
     click(button);
   }
-  void cancel(const char* button) {
-    whenDialogOpens([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-    click(button);
-  }
-  void closeMessage(std::string& text) {
-    whenDialogOpens([&text](QDialog& dialog) {
-      text = dynamic_cast<QMessageBox&>(dialog).text().toStdString();
-      QTest::keyClick(&dialog, Qt::Key_Return);
-    });
-  }
-  void chooseBoth() {
+  /// Chooses both folders and gets ready to build; the final message's text comes to `message`.
+  void prepareBuild() {
     choose("PushButton1", folder / "photos");
     choose("PushButton2", folder / "CD");
+    closeMessage();
+  }
+  void closeMessage() {
+    whenDialogOpens([this](QDialog& dialog) {
+      QTest::qWait(50);
+      message = dynamic_cast<QMessageBox&>(dialog).text().toStdString();
+      plainText = dynamic_cast<QMessageBox&>(dialog).textFormat() == Qt::PlainText;
+      QTest::keyClick(&dialog, Qt::Key_Return);
+    });
   }
 
   int argc = 1;
@@ -97,6 +105,8 @@ class WindowTest : public FileTest {
   Runtime runtime;
   QMainWindow* frame = nullptr;
   int dialogs = 0;
+  std::string message;
+  bool plainText = false;
   bool running = true;
 };
 
@@ -105,235 +115,143 @@ TEST_F(WindowTest, HasItsSixControlsInTheirPlaces) {
     const char* name;
     QRect place;
     const char* text;
-    int size;
-    bool bold;
-  } controls[] = {{"PushButton1", {104, 24, 227, 20}, "Charger un dossier photo", 12, false},
-                  {"StaticText1", {7, 20, 64, 25}, "Étape 1", 15, true},
-                  {"StaticText2", {7, 62, 64, 25}, "Étape 2", 15, true},
-                  {"PushButton2", {104, 66, 227, 20}, "Charger le dossier du DigiFilm", 12, false},
-                  {"PushButton3", {104, 108, 227, 20}, "Créer le DigiFilm", 12, false},
-                  {"StaticText3", {7, 104, 64, 25}, "Étape 3", 15, true}};
+    bool button;
+  } controls[] = {{"PushButton1", {104, 24, 227, 20}, "Charger un dossier photo", true},
+                  {"StaticText1", {7, 20, 64, 25}, "Étape 1", false},
+                  {"StaticText2", {7, 62, 64, 25}, "Étape 2", false},
+                  {"PushButton2", {104, 66, 227, 20}, "Charger le dossier du DigiFilm", true},
+                  {"PushButton3", {104, 108, 227, 20}, "Créer le DigiFilm", true},
+                  {"StaticText3", {7, 104, 64, 25}, "Étape 3", false}};
   auto next = frame->centralWidget()->children().begin();
-  for (const auto& [name, place, text, size, bold] : controls) {
+  for (const auto& [name, place, text, button] : controls) {
     auto& widget = control<QWidget>(name);
     EXPECT_EQ(*next++, &widget) << "controls are made in this order";
     EXPECT_EQ(widget.geometry(), place) << name;
     EXPECT_EQ(widget.property("text").toString().toStdString(), text);
-    EXPECT_EQ(widget.font().pixelSize(), size);
-    EXPECT_EQ(widget.font().bold(), bold);
+    EXPECT_EQ(widget.font().pixelSize(), button ? 12 : 15);
+    EXPECT_EQ(widget.font().bold(), !button);
     EXPECT_LE(widget.fontMetrics().horizontalAdvance(QString(text)), place.width()) << text;
     EXPECT_LE(widget.fontMetrics().height(), place.height()) << text;
   }
   EXPECT_EQ(frame->centralWidget()->size(), QSize(355, 150));
   EXPECT_EQ(frame->minimumSize(), frame->maximumSize());
   EXPECT_EQ(frame->windowTitle(), "Orvelin");
-  EXPECT_EQ(enabled(), "110000");
 }
 
 TEST_F(WindowTest, EnablesEachStepOnceTheOnesBeforeItAreDone) {
-  cancel("PushButton1");
+  const fs::path photos = folder / "photos";
+  const struct {
+    const char* button;
+    fs::path chosen;
+    const char* enabled;
+  } steps[] = {{"PushButton1", "", "110000"}, {"PushButton1", photos, "111100"},
+               {"PushButton2", "", "111100"}, {"PushButton2", photos, "111111"},
+               {"PushButton1", "", "111111"}, {"PushButton2", "", "111111"}};
   EXPECT_EQ(enabled(), "110000");
-  choose("PushButton1", folder / "photos");
-  EXPECT_EQ(enabled(), "111100");
-  cancel("PushButton2");
-  EXPECT_EQ(enabled(), "111100");
-  choose("PushButton2", folder / "photos");
-  EXPECT_EQ(enabled(), "111111");
-  cancel("PushButton1");
-  cancel("PushButton2");
-  EXPECT_EQ(enabled(), "111111");
-  EXPECT_EQ(dialogs, 6);
-  EXPECT_EQ(Window1::Instance()->inFol->Path(), (folder / "photos").string());
-  EXPECT_EQ(Window1::Instance()->outFol->Path(), (folder / "photos").string());
-}
-
-TEST_F(WindowTest, BuildsNestedUntilTheDestinationIsChosenAnew) {
-  write(folder / "photos/a", read(sample("aquarelle.png")));
-  chooseBoth();
-  std::string message;
-  for (const char* order : {"DIGIFILM", "DIGIFILM/DIGIFILM"}) {
-    closeMessage(message);
-    click("PushButton3");
-    EXPECT_EQ(message, "Votre DigiFilm est créé !");
-    EXPECT_TRUE(fs::exists(folder / "CD" / order / "dcim/100k6230/001.jpg"));
-    EXPECT_TRUE(fs::exists(folder / "CD" / order / "ORVELIN/LISEZMOI.txt"));
-    EXPECT_EQ(enabled(), "111111");
+  for (const auto& [button, chosen, wanted] : steps) {
+    choose(button, chosen);
+    EXPECT_EQ(enabled(), wanted) << button << chosen;
   }
-  choose("PushButton2", folder / "CD");
-  closeMessage(message);
-  click("PushButton3");
-  EXPECT_FALSE(fs::exists(folder / "CD/DIGIFILM/DIGIFILM/DIGIFILM"));
+  EXPECT_EQ(dialogs, 6);
+  EXPECT_EQ(Window1::Instance()->inFol->Path(), photos.string());
+  EXPECT_EQ(Window1::Instance()->outFol->Path(), photos.string());
 }
 
 TEST_F(WindowTest, TakesNoInputDuringABuildThenOrAfterwards) {
   for (int i = 0; i < 20; ++i)
     write(folder / "photos" / std::to_string(i), read(sample("plan [2005].bmp")));
-  chooseBoth();
-  // Input that comes in the middle of the build, both handled then and left in the queue.
-  static int dismissed;
-  dismissed = 0;
   static std::function<void()> meanwhile;
-  meanwhile = [this] {
-    for (int i = 0; i < 5; ++i) {
-      click("PushButton3");
-      control<QPushButton>("PushButton1").click();
-      QTest::keyClick(frame, Qt::Key_Return);
-      QTest::keyClick(frame, Qt::Key_Q, Qt::ControlModifier);
-    }
+  bool dismissed = false;
+  meanwhile = [&] {
+    click("PushButton3");
+    control<QPushButton>("PushButton1").click();
+    QTest::keyClick(frame, Qt::Key_Return);
+    QTest::keyClick(frame, Qt::Key_Q, Qt::ControlModifier);
     letDesktopIn();
     // Return, still in the queue when the message comes, must not dismiss it.
-    QTimer::singleShot(0, frame, [this] {
+    QTimer::singleShot(0, frame, [&] {
       QWidget* const dialog = QApplication::activeModalWidget();
-      dismissed += dialog != nullptr;
+      dismissed = dismissed || dialog;
       if (dialog) QTest::keyClick(dialog, Qt::Key_Return);
     });
   };
+  prepareBuild();
   installBackgroundTask([] { meanwhile(); });
-  std::string message;
-  whenDialogOpens([&message](QDialog& dialog) {
-    message = dynamic_cast<QMessageBox&>(dialog).text().toStdString();
-    QTest::qWait(50);
-    EXPECT_EQ(dismissed, 0);
-    dialog.accept();
-  });
   click("PushButton3");
   installBackgroundTask(nullptr);
   QTest::qWait(50);
+  EXPECT_FALSE(dismissed);
   EXPECT_EQ(message, "Votre DigiFilm est créé !");
   EXPECT_EQ(dialogs, 3) << "two folders and one message";
   EXPECT_FALSE(fs::exists(folder / "CD/DIGIFILM/DIGIFILM"));
   EXPECT_TRUE(frame->isVisible());
+  EXPECT_EQ(enabled(), "111111");
 }
 
 TEST_F(WindowTest, ClosesAfterTheBuildThatItWasAskedToCloseIn) {
   write(folder / "photos/a", read(sample("aquarelle.png")));
-  chooseBoth();
   static QMainWindow* closing;
   closing = frame;
-  installBackgroundTask([] {
-    closing->close();
-    EXPECT_TRUE(closing->isVisible());
-  });
-  std::string message;
-  closeMessage(message);
-  bool ended = false;
-  QTimer::singleShot(0, [&] {
-    click("PushButton3");
-    ended = true;
-  });
-  runtime.runEventLoop();  // comes back because the window was closed in the end
+  prepareBuild();
+  installBackgroundTask([] { closing->close(); });
+  EXPECT_EQ(statusAfter([&] { click("PushButton3"); }), 0);
   installBackgroundTask(nullptr);
-  EXPECT_TRUE(ended);
   EXPECT_EQ(message, "Votre DigiFilm est créé !");
   EXPECT_TRUE(fs::exists(folder / "CD/DIGIFILM/autorun.inf"));
-  EXPECT_EQ(end(), 0);
 }
 
 TEST_F(WindowTest, TellsOfAFailureAndEndsTheProgram) {
   write(folder / "CD/DIGIFILM/digifilm.txt/in the way", "");
-  chooseBoth();
-  std::string message;
-  closeMessage(message);
-  QTimer::singleShot(0, [&] { click("PushButton3"); });
-  runtime.runEventLoop();
-  EXPECT_NE(message.find("« " + (folder / "CD/DIGIFILM/digifilm.txt").string() + " » : un dossier"),
-            std::string::npos)
-      << message;
-  EXPECT_EQ(end(), 1);
+  prepareBuild();
+  EXPECT_EQ(statusAfter([&] { click("PushButton3"); }), 1);
+  EXPECT_NE(message.find("/CD/DIGIFILM/digifilm.txt » : un dossier"), std::string::npos) << message;
 }
 
-TEST_F(WindowTest, FailsAtStartUpBeforeTheEventLoop) {
-  std::string message;
-  closeMessage(message);
+TEST_F(WindowTest, EndsBeforeTheEventLoopWhenStartUpFails) {
+  closeMessage();
   handlingFailures([] { Ref<FolderItem>()->Name(); });
-  EXPECT_NE(message, "");
-  runtime.runEventLoop();
-  EXPECT_EQ(end(), 1);
+  EXPECT_EQ(statusAfter([] { FAIL() << "the event loop was entered"; }), 1);
+}
+
+TEST_F(WindowTest, EndsTheProgramWhenClosed) {
+  EXPECT_EQ(statusAfter([this] { frame->close(); }), 0);
+}
+
+TEST_F(WindowTest, EndsTheProgramAtTheShortcut) {
+  EXPECT_EQ(statusAfter([this] { QTest::keyClick(frame, Qt::Key_Q, Qt::ControlModifier); }), 0);
 }
 
 TEST_F(WindowTest, HasOneMenuWithQuitAndAbout) {
   const auto window = Window1::Instance();
+  EXPECT_EQ(window, Window1::Instance());
   ASSERT_EQ(frame->menuBar()->actions().size(), 1);
-  QAction* const fichier = frame->menuBar()->actions().front();
-  EXPECT_EQ(fichier->text(), "Fichier");
-  const auto items = fichier->menu()->actions();
-  ASSERT_EQ(items.size(), 2);
-  EXPECT_EQ(items[0]->text(), "Quitter");
-  EXPECT_EQ(items[0]->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q));
-  EXPECT_EQ(items[0]->menuRole(), QAction::QuitRole);
-  EXPECT_EQ(items[1]->text(), "À propos ...");
-  EXPECT_EQ(items[1]->menuRole(), QAction::AboutRole);
-
-  EXPECT_EQ(&window->FichierMenu()->action(), fichier);
-  EXPECT_EQ(&window->FileQuit()->action(), items[0]);
-  EXPECT_EQ(&window->AppleApropos()->action(), items[1]);
+  const QList<QAction*> items{&window->FichierMenu()->action(), &window->FileQuit()->action(),
+                              &window->AppleApropos()->action()};
+  EXPECT_EQ(frame->menuBar()->actions().front(), items[0]);
+  EXPECT_EQ(items[0]->menu()->actions(), items.mid(1));
+  EXPECT_EQ(items[0]->text() + items[1]->text() + items[2]->text(), "FichierQuitterÀ propos ...");
+  EXPECT_EQ(items[1]->menuRole(), QAction::QuitRole);
+  EXPECT_EQ(items[2]->menuRole(), QAction::AboutRole);
   EXPECT_FALSE(window->UntitledMenu0());
 
-  items[1]->setEnabled(false);
-  emit fichier->menu()->aboutToShow();
-  EXPECT_TRUE(items[1]->isEnabled());
-  items[1]->setEnabled(false);
+  items[2]->setEnabled(false);
+  emit items[0]->menu()->aboutToShow();
+  EXPECT_TRUE(items[2]->isEnabled());
+  items[2]->setEnabled(false);
   QTest::keyClick(frame, Qt::Key_A, Qt::ControlModifier);
-  EXPECT_TRUE(items[1]->isEnabled());
+  EXPECT_TRUE(items[2]->isEnabled());
 }
 
 TEST_F(WindowTest, ShowsTheAboutBoxAsPlainLines) {
-  std::string text;
-  bool plain = false;
-  whenDialogOpens([&](QDialog& dialog) {
-    auto& box = dynamic_cast<QMessageBox&>(dialog);
-    plain = box.textFormat() == Qt::PlainText;
-    text = box.text().toStdString();
-    EXPECT_EQ(box.buttons().size(), 1);
-    box.accept();
-  });
+  closeMessage();
   Window1::Instance()->AppleApropos()->action().trigger();
-  EXPECT_TRUE(plain);
-  EXPECT_EQ(
-      text.find("\nCréé par "),
-      std::string("Orvelin permet de créer, à partir d'un dossier photo, un dossier contenant "
-                  "la structure d'un DigiFilm© qui peut être graver pour optenir un CD "
-                  "DigiFilm©")
-          .size());
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 4);
-  EXPECT_NE(text.find("\n\nIcône : "), std::string::npos);
-}
-
-TEST_F(WindowTest, EndsTheProgramWhenClosedOrQuit) {
-  QTimer::singleShot(0, frame, &QWidget::close);
-  runtime.runEventLoop();
-  EXPECT_EQ(end(), 0);
-}
-
-TEST_F(WindowTest, QuitsAtTheShortcut) {
-  QTimer::singleShot(0, [this] { QTest::keyClick(frame, Qt::Key_Q, Qt::ControlModifier); });
-  runtime.runEventLoop();
-  EXPECT_EQ(end(), 0);
-}
-
-TEST_F(WindowTest, ExistsOnceAndSharesTheOneMenuBar) {
-  EXPECT_EQ(Window1::Instance(), Window1::Instance());
-  int windows = 0;
-  for (QWidget* widget : QApplication::topLevelWidgets())
-    windows += widget->inherits("QMainWindow");
-  EXPECT_EQ(windows, 1);
-  EXPECT_EQ(&Window1::Instance()->MenuBar()->find("FileQuit")->action(),
-            &MenuBar1::Instance()->find("FileQuit")->action());
-  EXPECT_FALSE(Window1::Instance()->Control("PushButton4"));
-  Application::Register(makeRef<App>());
-  EXPECT_TRUE(App::Instance());
-  Application::Register(nullptr);
-}
-
-TEST_F(WindowTest, KeepsTheStateAndHandsItsWorkToTheBuilder) {
-  auto window = Window1::Instance();
-  window->outFol = item(folder / "CD");
-  EXPECT_TRUE(window->isOpenablePicture(item(sample("oiseau.webp"))));
-  write(folder / "photos/a", read(sample("oiseau.webp")));
-  window->BuildTab(item(folder / "photos"));
-  EXPECT_EQ(window->tabItem.size(), 1U);
-  EXPECT_EQ(window->GetResource("datafile")->Name(), "datafile");
-  EXPECT_EQ(window->appFolder->Name(), "Resources");
+  EXPECT_TRUE(plainText);
+  const std::string description =
+      "Orvelin permet de créer, à partir d'un dossier photo, un dossier contenant la structure "
+      "d'un DigiFilm© qui peut être graver pour optenir un CD DigiFilm©\nCréé par ";
+  EXPECT_EQ(message.substr(0, description.size()), description);
+  EXPECT_EQ(std::count(message.begin(), message.end(), '\n'), 4);
+  EXPECT_NE(message.find("\n\nIcône : "), std::string::npos);
 }
 
 }  // namespace orvelin::test
