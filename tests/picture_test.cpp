@@ -43,6 +43,7 @@ TEST_F(Pictures, OfEveryFormatComeOutUprightAndInTheRightColours) {
     EXPECT_TRUE(opens(item(sample(name)))) << name;
     expectScene(saved(read(sample(name))));
   }
+  EXPECT_TRUE(opens(fileOf(encoded(scene().crop(0, 0, 3, 5), ".jpg"))));
   expectScene(saved(read(sample("aquarelle.png"))), {255, 255, 255});
   expectScene(saved(read(sample("imprimeur.jpg"))), {224, 224, 0}, 120);
 }

@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <iostream>
 
 #include "archive/gonfleur.h"
@@ -15,6 +16,7 @@ int main(int argc, char** argv) {
     std::cerr << "orvelin-pack: " << argv[1] << " is not a folder\n";
     return 1;
   }
+  std::filesystem::remove(argv[2]);
   const Ref<FolderItem> archive = GetFolderItem(argv[2]);
   GonfleurClass().Degonfler(folder, archive);
   return archive->Exists() ? 0 : 1;

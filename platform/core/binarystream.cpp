@@ -72,7 +72,7 @@ void BinaryStream::Close() {
   taken_ = 0;
 }
 
-std::string BinaryStream::take(std::size_t count) {
+std::string_view BinaryStream::Peek(std::size_t count) {
   if (buffer_.size() - taken_ < count && !ended_) {
     buffer_.erase(0, taken_);
     taken_ = 0;
@@ -85,7 +85,11 @@ std::string BinaryStream::take(std::size_t count) {
     }
     buffer_.resize(held);
   }
-  std::string bytes = buffer_.substr(taken_, count);
+  return std::string_view(buffer_).substr(taken_, count);
+}
+
+std::string BinaryStream::take(std::size_t count) {
+  std::string bytes(Peek(count));
   taken_ += bytes.size();
   return bytes;
 }

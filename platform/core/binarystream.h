@@ -28,6 +28,9 @@ class BinaryStream {
   /// Up to `count` bytes, fewer where the file has fewer left; none for a negative count. Takes no
   /// more from the file than that, while the typed reads read ahead.
   std::string Read(std::int64_t count);
+  /// The next bytes, fewer where the file has fewer left, without moving on; good until the next
+  /// call of anything else.
+  std::string_view Peek(std::size_t count);
   /// A length byte and so many bytes.
   std::string ReadPString();
   double ReadDouble();

@@ -84,11 +84,12 @@ bool File::writeRestOf(File& source) {
   return source.error_ == 0;
 }
 
-bool File::takeTimeOf(const File& source) {
+void File::takeTimeOf(const File& source) {
   struct stat status {};
-  if (::fstat(source.descriptor_, &status) != 0) return failed();
+  if (::fstat(source.descriptor_, &status) != 0) return;
   const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
-  return ::futimens(descriptor_, times) == 0 || failed();
+  // Memory cards and shares may refuse this to all but their owner; the copy is whole even so.
+  ::futimens(descriptor_, times);
 }
 
 bool File::close() {
@@ -118,7 +119,7 @@ bool WholeFile::putInPlace() {
 }
 
 WholeFile::~WholeFile() {
-  if (!inPlace_ && (file_.isOpen() || renameError_ || file_.error())) ::unlink(beside_.c_str());
+  if (!inPlace_) ::unlink(beside_.c_str());
 }
 
 }  // namespace orvelin

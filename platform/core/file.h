@@ -33,8 +33,8 @@ class File {
   bool write(std::string_view bytes);
   /// Appends all that is left to read of `source`, by the kernel's own means where it has them.
   bool writeRestOf(File& source);
-  /// Gives this file the modification time of `source`.
-  bool takeTimeOf(const File& source);
+  /// Gives this file the modification time of `source`, where its disk takes it.
+  void takeTimeOf(const File& source);
   /// Answers false when the system reports, only now, that something was not written.
   bool close();
 

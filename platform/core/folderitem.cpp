@@ -154,8 +154,8 @@ void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {
   File source = File::openToRead(path_);
   if (!source.isOpen()) return report(failure("Impossible de copier", path_, source.error()));
   WholeFile copy(target->path_);
-  File& file = copy.file();
-  const bool copied = file.isOpen() && file.writeRestOf(source) && file.takeTimeOf(source);
+  const bool copied = copy.file().isOpen() && copy.file().writeRestOf(source);
+  if (copied) copy.file().takeTimeOf(source);
   if (!copied || !copy.putInPlace())
     report(failure("Impossible de copier vers", target->path_, copy.error()));
 }

@@ -23,7 +23,7 @@ namespace {
 // Room for a hundred megapixels of 16-bit colour with transparency; what claims more is refused.
 constexpr std::int64_t mostBytes = std::int64_t{1} << 30;
 constexpr int mostScans = 100;
-constexpr std::int64_t signatureSize = 4096;
+constexpr std::size_t signatureSize = 4096;
 
 // The only loaders that are ever called: libvips knows many more, which take drawings, documents
 // and tables of numbers for pictures. ImageMagick's is asked for one format alone.
@@ -118,7 +118,7 @@ class JpegTarget {
                                                                                           : -1;
   }
   bool passOn(std::string_view bytes) {
-    if (std::exchange(begun_, true)) return write_(bytes);
+    if (std::exchange(begun_, true) || bytes.substr(6, 4) == "JFIF") return write_(bytes);
     const std::string_view start = bytes.substr(0, 2);
     return write_(start) && write_(jfifSegment) && write_(bytes.substr(start.size()));
   }
@@ -134,12 +134,10 @@ class JpegTarget {
 Ref<Picture> Picture::read(BinaryStream& stream, const std::string& path) {
   const Failure noPicture{"Impossible d'ouvrir l'image", path, "ce n'est pas une image connue"};
   if (!Vips::started()) return noPicture;
-  std::string bytes = stream.Read(signatureSize);
-  const Format* format = formatOf(bytes);
+  const Format* format = formatOf(stream.Peek(signatureSize));
   if (!format) return noPicture;
   if (stream.Length() <= mostBytes) {
-    bytes += stream.Read(stream.Length());
-    auto picture = makeRef<Picture>(std::move(bytes), *format, path);
+    auto picture = makeRef<Picture>(stream.Read(stream.Length()), *format, path);
     if (picture->reasonable()) return picture;
   }
   const Failure refused{"Image ignorée", path, "illisible ou démesurée"};
@@ -161,10 +159,14 @@ bool Picture::reasonable() const try {
 
 bool Picture::decodes() const try {
   damageSeen = false;
-  const VImage image = load(bytes_, format_, 8);
+  // libvips stops the whole program over a picture that shrinks to no pixel at all.
+  const VImage header = load(bytes_, format_, 1);
+  const bool shrinks = header.width() >= 8 && header.height() >= 8;
+  const VImage image = load(bytes_, format_, shrinks ? 8 : 1);
   const auto discard = [](VipsRegion*, VipsRect*, void*) { return 0; };
   if (vips_sink_disc(image.get_image(), discard, nullptr) != 0) throw vips::VError();
-  if (damageSeen) report({"Image abîmée, prise telle quelle", path_, "données incomplètes"});
+  if (damageSeen)
+    report({"Image prise telle quelle", path_, "sa lecture a donné des avertissements"});
   return true;
 } catch (const vips::VError&) {
   vips_error_clear();
