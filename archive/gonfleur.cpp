@@ -26,7 +26,7 @@ void GonfleurClass::Gonfler(const Ref<FolderItem>& archive,
   if (!archive || !destination) return;
   if (!destination->Directory() || archive->Directory()) return;
   const Ref<BinaryStream> stream = archive->OpenAsBinaryFile();
-  if (!stream) return;
+  if (!stream) return report(*stream.why());
   stream->LittleEndian(false);
   expanding(*stream, *destination, 1);
 }
@@ -53,7 +53,7 @@ void GonfleurClass::Degonfler(const Ref<FolderItem>& source, const Ref<FolderIte
   if (!source || !archive) return;
   if (!source->Directory() || archive->Directory()) return;
   const Ref<BinaryStream> stream = archive->CreateBinaryFile("text");
-  if (!stream) return;
+  if (!stream) return report(*stream.why());
   stream->LittleEndian(false);
   stream->WritePString(folderTag);
   writeHead(*stream, headOf(*source, source->Count()));
@@ -74,6 +74,8 @@ void GonfleurClass::compressing(BinaryStream& stream, FolderItem& folder) {
       writeHead(stream, headOf(*item, length));
       stream.Write(file->Read(length));
       file->Close();
+    } else {
+      report(*file.why());
     }
     RuntimeBackgroundTask();
   }

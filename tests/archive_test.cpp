@@ -53,8 +53,6 @@ TEST_F(Archive, OfTheExampleUnpacksTwiceIntoTheSameTree) {
     EXPECT_EQ(unpacked(), (Tree{"CD", "CD/X", "CD/a.txt"}));
     EXPECT_EQ(read(folder / "out/CD/a.txt"), "hi");
     write(folder / "out/CD/a.txt", "something longer");
-    write(folder / "out/CD/X/mine", "mine");
-    fs::remove(folder / "out/CD/X/mine");
   }
   struct stat status {};
   ::stat((folder / "out/CD").c_str(), &status);

@@ -200,25 +200,15 @@ TEST_F(WindowTest, ClosesAfterTheBuildThatItWasAskedToCloseIn) {
   EXPECT_TRUE(fs::exists(folder / "CD/DIGIFILM/autorun.inf"));
 }
 
-TEST_F(WindowTest, TellsOfAFailureAndEndsTheProgram) {
-  write(folder / "CD/DIGIFILM/digifilm.txt/in the way", "");
-  prepareBuild();
-  EXPECT_EQ(statusAfter([&] { click("PushButton3"); }), 1);
-  EXPECT_NE(message.find("/CD/DIGIFILM/digifilm.txt » : un dossier"), std::string::npos) << message;
-}
-
 TEST_F(WindowTest, EndsBeforeTheEventLoopWhenStartUpFails) {
   closeMessage();
-  handlingFailures([] { Ref<FolderItem>()->Name(); });
+  handlingFailures([] { Ref<FolderItem>(Failure{"Impossible", "/a", "raison"})->Name(); });
+  EXPECT_NE(message.find("Impossible « /a » : raison."), std::string::npos);
   EXPECT_EQ(statusAfter([] { FAIL() << "the event loop was entered"; }), 1);
 }
 
 TEST_F(WindowTest, EndsTheProgramWhenClosed) {
   EXPECT_EQ(statusAfter([this] { frame->close(); }), 0);
-}
-
-TEST_F(WindowTest, EndsTheProgramAtTheShortcut) {
-  EXPECT_EQ(statusAfter([this] { QTest::keyClick(frame, Qt::Key_Q, Qt::ControlModifier); }), 0);
 }
 
 TEST_F(WindowTest, HasOneMenuWithQuitAndAbout) {
