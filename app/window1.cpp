@@ -50,6 +50,9 @@ void Window1::_CreateControls0() {
   button("PushButton3", step3, {104, 108, 227, 20, "Créer le DigiFilm",              "System", 12, false, false});
   label ("StaticText3",        {  7, 104,  64, 25, "Étape 3",                        "System", 15, true,  false});
   // clang-format on
+
+  for (const std::string number : {"1", "2", "3"})
+    Control("StaticText" + number).as<StaticText>()->labels(*Control("PushButton" + number));
 }
 
 void Window1::PushButton1_Action() {

@@ -1,6 +1,8 @@
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -73,14 +75,17 @@ class WindowTest : public FileTest {
       answer(*dialog);
     });
   }
-  /// Chooses the folder, or cancels where none is given.
-  void choose(const char* button, const fs::path& path) {
+  /// Chooses the folder in the dialog that opens next, or cancels where none is given.
+  void answerFolderDialog(const fs::path& path) {
     whenDialogOpens([path](QDialog& dialog) {
       if (path.empty()) return QTest::keyClick(&dialog, Qt::Key_Escape);
       auto* line = dialog.findChild<QLineEdit*>("fileNameEdit");
       line->setText(QString::fromStdString(path.string()));
       QTest::keyClick(line, Qt::Key_Return);
     });
+  }
+  void choose(const char* button, const fs::path& path) {
+    answerFolderDialog(path);
     click(button);
   }
   /// Chooses both folders and gets ready to build; the final message's text comes to `message`.
@@ -93,6 +98,7 @@ class WindowTest : public FileTest {
     whenDialogOpens([this](QDialog& dialog) {
       QTest::qWait(50);
       message = dynamic_cast<QMessageBox&>(dialog).text().toStdString();
+      busyOverMessage = QGuiApplication::overrideCursor() != nullptr;
       plainText = dynamic_cast<QMessageBox&>(dialog).textFormat() == Qt::PlainText;
       QTest::keyClick(&dialog, Qt::Key_Return);
     });
@@ -107,6 +113,7 @@ class WindowTest : public FileTest {
   int dialogs = 0;
   std::string message;
   bool plainText = false;
+  bool busyOverMessage = false;
   bool running = true;
 };
 
@@ -155,6 +162,82 @@ TEST_F(WindowTest, EnablesEachStepOnceTheOnesBeforeItAreDone) {
   EXPECT_EQ(dialogs, 6);
   EXPECT_EQ(Window1::Instance()->inFol->Path(), photos.string());
   EXPECT_EQ(Window1::Instance()->outFol->Path(), photos.string());
+}
+
+TEST_F(WindowTest, IsOperatedByKeysAlone) {
+  for (const auto& [button, path, key] :
+       {std::tuple{"PushButton1", folder / "photos", Qt::Key_Return},
+        std::tuple{"PushButton2", folder / "CD", Qt::Key_Space}}) {
+    QTest::keyClick(frame, Qt::Key_Tab);
+    ASSERT_EQ(frame->focusWidget(), &control<QWidget>(button));
+    answerFolderDialog(path);
+    QTest::keyClick(frame->focusWidget(), key);
+  }
+  QTest::keyClick(frame, Qt::Key_Tab);
+  closeMessage();
+  QTest::keyClick(frame->focusWidget(), Qt::Key_Enter);
+  EXPECT_EQ(message, "Votre DigiFilm est créé !");
+}
+
+TEST_F(WindowTest, TellsScreenReadersOfItsControlsAndDialogs) {
+  const auto read = [](QWidget& widget) { return QAccessible::queryAccessibleInterface(&widget); };
+  for (const std::string number : {"1", "2", "3"}) {
+    auto& button = control<QPushButton>(("PushButton" + number).c_str());
+    auto& label = control<QLabel>(("StaticText" + number).c_str());
+    EXPECT_EQ(read(button)->role(), QAccessible::PushButton);
+    EXPECT_EQ(read(button)->text(QAccessible::Name), button.text());
+    EXPECT_EQ(bool(read(button)->state().disabled), number != "1");
+    EXPECT_EQ(read(label)->role(), QAccessible::StaticText);
+    EXPECT_EQ(read(label)->text(QAccessible::Name), label.text());
+    const auto labels = read(button)->relations(QAccessible::Label);
+    ASSERT_EQ(labels.size(), 1);
+    EXPECT_EQ(labels.front().first, read(label));
+  }
+  EXPECT_EQ(read(*frame->menuBar())->child(0)->text(QAccessible::Name), "Fichier");
+
+  // The dialogs speak French in a German session too.
+  QStringList texts;
+  whenDialogOpens([&](QDialog& dialog) {
+    EXPECT_EQ(read(dialog)->role(), QAccessible::Dialog);
+    texts << read(dialog)->text(QAccessible::Name);
+    for (const auto* button : dialog.findChildren<QAbstractButton*>())
+      texts << QString(button->text() + button->toolTip()).remove('&');
+    for (const auto* label : dialog.findChildren<QLabel*>()) texts << label->text();
+    texts << QFileIconProvider().type(QFileInfo("/"));
+    dialog.reject();
+  });
+  click("PushButton1");
+  for (const char* text : {"Chercher dans le dossier", "Choisir", "Annuler", "Dossier parent",
+                           "Créer un nouveau dossier", "Vue détaillée", "Dossier :", "Disque"})
+    EXPECT_TRUE(texts.contains(text))
+        << text << " is missing in " << texts.join(", ").toStdString();
+  whenDialogOpens([&](QDialog& dialog) {
+    EXPECT_EQ(read(dialog)->role(), QAccessible::AlertMessage);
+    EXPECT_EQ(read(dialog)->text(QAccessible::Name), "Bonjour");
+    dialog.accept();
+  });
+  MsgBox("Bonjour");
+}
+
+TEST_F(WindowTest, ShowsTheBusyPointerWhileAnActionRuns) {
+  write(folder / "photos/a", read(sample("plan [2005].bmp")));
+  static std::vector<bool> busy;
+  busy.clear();
+  installBackgroundTask([] { busy.push_back(QGuiApplication::overrideCursor() != nullptr); });
+  prepareBuild();
+  click("PushButton3");
+  installBackgroundTask(nullptr);
+  ASSERT_FALSE(busy.empty());
+  EXPECT_FALSE(busyOverMessage);
+  EXPECT_EQ(busy, std::vector<bool>(busy.size(), true));
+  EXPECT_FALSE(QGuiApplication::overrideCursor());
+
+  fs::remove_all(folder / "CD");
+  closeMessage();
+  click("PushButton3");
+  EXPECT_NE(message.find("cet emplacement n'existe pas, ou plus.\n\nVérifiez"), std::string::npos)
+      << message;
+  EXPECT_FALSE(QGuiApplication::overrideCursor()) << "after a failure";
 }
 
 TEST_F(WindowTest, TakesNoInputDuringABuildThenOrAfterwards) {

@@ -108,7 +108,7 @@ void BinaryStream::flush() {
 }
 
 void BinaryStream::reportOnce(const char* action) {
-  if (!failed_) report({action, path_, systemReason(file_.error())});
+  if (!failed_) report(Failure::ofSystem(action, path_, file_.error()));
   failed_ = true;
 }
 

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <iostream>
-#include <iterator>
 
 namespace orvelin {
 
@@ -16,34 +15,45 @@ std::string Failure::text() const {
   return text;
 }
 
-std::string systemReason(int error) {
+Failure Failure::ofSystem(const std::string& action, const std::string& path, int error) {
+  static constexpr const char* chooseAnother =
+      "Recommencez en choisissant un dossier dans lequel vous pouvez écrire.";
+  static constexpr const char* makeRoom =
+      "Libérez de la place sur ce disque, ou recommencez sur un autre.";
+  static constexpr const char* plugIn =
+      "Vérifiez que la clé ou le disque est bien branché, puis recommencez.";
+  static constexpr const char* rename =
+      "Renommez ou déplacez l'élément qui gêne, ou choisissez un autre dossier.";
+  static constexpr const char* closeOthers =
+      "Fermez d'autres programmes ouverts, puis recommencez.";
   static constexpr struct {
     int error;
     const char* reason;
-  } reasons[] = {
-      {ENOENT, "l'élément n'existe pas"},
-      {EACCES, "accès refusé"},
-      {EPERM, "opération non permise"},
-      {ENOSPC, "espace insuffisant"},
-      {EDQUOT, "quota de disque dépassé"},
-      {EFBIG, "fichier trop grand pour ce disque"},
-      {EROFS, "disque en lecture seule"},
-      {EEXIST, "un autre élément porte déjà ce nom"},
-      {EISDIR, "un dossier porte ce nom"},
-      {ENOTDIR, "un élément du chemin n'est pas un dossier"},
-      {ENAMETOOLONG, "nom trop long"},
-      {ELOOP, "alias en boucle"},
-      {EIO, "le disque ne répond pas correctement"},
-      {ENXIO, "le périphérique n'est plus là"},
-      {ENODEV, "le périphérique n'est plus là"},
-      {EINVAL, "ce n'est pas un fichier ordinaire"},
-      {EMFILE, "trop de fichiers ouverts"},
-      {ENFILE, "trop de fichiers ouverts"},
-      {ENOMEM, "mémoire insuffisante"},
+    const char* advice;
+  } known[] = {
+      {ENOENT, "cet emplacement n'existe pas, ou plus", plugIn},
+      {EACCES, "accès refusé", chooseAnother},
+      {EPERM, "opération non permise", chooseAnother},
+      {EROFS, "disque en lecture seule", chooseAnother},
+      {ENOSPC, "espace insuffisant", makeRoom},
+      {EDQUOT, "quota de disque dépassé", makeRoom},
+      {EFBIG, "fichier trop grand pour ce disque", ""},
+      {EEXIST, "un autre élément porte déjà ce nom", rename},
+      {EISDIR, "un dossier porte ce nom", rename},
+      {ENOTDIR, "un élément du chemin n'est pas un dossier", rename},
+      {ENAMETOOLONG, "nom trop long", "Recommencez dans un dossier au chemin plus court."},
+      {ELOOP, "alias en boucle", ""},
+      {EIO, "le disque ne répond pas correctement", plugIn},
+      {ENXIO, "le périphérique n'est plus là", plugIn},
+      {ENODEV, "le périphérique n'est plus là", plugIn},
+      {EINVAL, "ce n'est pas un fichier ordinaire", rename},
+      {EMFILE, "trop de fichiers ouverts", closeOthers},
+      {ENFILE, "trop de fichiers ouverts", closeOthers},
+      {ENOMEM, "mémoire insuffisante", closeOthers},
   };
-  for (const auto& known : reasons)
-    if (known.error == error) return known.reason;
-  return "erreur " + std::to_string(error) + " du système";
+  for (const auto& row : known)
+    if (row.error == error) return {action, path, row.reason, row.advice};
+  return {action, path, "erreur " + std::to_string(error) + " du système"};
 }
 
 void report(const Failure& failure) { std::cerr << "Orvelin : " + failure.text() + "\n"; }

@@ -3,6 +3,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -17,14 +19,22 @@ namespace orvelin {
 
 namespace {
 
-Failure failure(const char* action, const std::string& path, int error) {
-  return {action, path, systemReason(error)};
-}
-
 std::optional<struct statx> status(const std::string& path, unsigned wanted) {
   struct statx status {};
   if (::statx(AT_FDCWD, path.c_str(), 0, wanted, &status) != 0) return {};
   return status;
+}
+
+/// Why a file could not be made, given the error. Where its folder is missing, what counts is what
+/// kept that from being made.
+int causeOf(int error, const std::string& path) {
+  if (error != ENOENT) return error;
+  const std::string above = std::filesystem::path(path).parent_path().parent_path().string();
+  if (::access(above.c_str(), W_OK | X_OK) != 0) return errno;
+  struct statvfs disk {};
+  if (::statvfs(above.c_str(), &disk) != 0) return errno;
+  const bool full = disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0);
+  return full ? ENOSPC : ENOENT;
 }
 
 }  // namespace
@@ -74,7 +84,7 @@ Ref<FolderItem> FolderItem::Child(const std::string& name) const {
                    "ce nom ne convient pas à un élément"};
   std::string path = childPath(name);
   if (name.size() > NAME_MAX || path.size() >= PATH_MAX)
-    return failure("Impossible de désigner l'élément", path, ENAMETOOLONG);
+    return Failure::ofSystem("Impossible de désigner l'élément", path, ENAMETOOLONG);
   return makeRef<FolderItem>(std::move(path));
 }
 
@@ -98,7 +108,7 @@ void FolderItem::list() {
     if (name == "." || name == "..") continue;
     listing_->push_back({std::move(name), entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
   }
-  if (error) report(failure("Impossible de parcourir le dossier", path_, error));
+  if (error) report(Failure::ofSystem("Impossible de parcourir le dossier", path_, error));
   std::sort(listing_->begin(), listing_->end(),
             [](const Entry& a, const Entry& b) { return a.name < b.name; });
 }
@@ -120,18 +130,20 @@ void FolderItem::CreateAsFolder() const {
   if (::mkdir(path_.c_str(), 0777) == 0) return;
   const int error = errno;
   if (error != EEXIST || !Directory())
-    report(failure("Impossible de créer le dossier", path_, error));
+    report(Failure::ofSystem("Impossible de créer le dossier", path_, error));
 }
 
 Ref<BinaryStream> FolderItem::CreateBinaryFile(const std::string&) const {
   File file = File::createInPlace(path_);
-  if (!file.isOpen()) return failure("Impossible de créer le fichier", path_, file.error());
+  if (!file.isOpen())
+    return Failure::ofSystem("Impossible de créer le fichier", path_, causeOf(file.error(), path_));
   return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Writing);
 }
 
 Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
   File file = File::openToRead(path_);
-  if (!file.isOpen()) return failure("Impossible d'ouvrir le fichier", path_, file.error());
+  if (!file.isOpen())
+    return Failure::ofSystem("Impossible d'ouvrir le fichier", path_, file.error());
   return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Reading);
 }
 
@@ -146,18 +158,20 @@ void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
   WholeFile target(path_);
   const auto write = [&](std::string_view bytes) { return target.file().write(bytes); };
   if (target.file().isOpen() && picture->encodeAsJPEG(write) && target.putInPlace()) return;
-  report({"Impossible d'enregistrer l'image", path_,
-          target.error() ? systemReason(target.error()) : "l'original est illisible"});
+  const char* const action = "Impossible d'enregistrer l'image";
+  report(target.error() ? Failure::ofSystem(action, path_, target.error())
+                        : Failure{action, path_, "l'original est illisible"});
 }
 
 void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {
   File source = File::openToRead(path_);
-  if (!source.isOpen()) return report(failure("Impossible de copier", path_, source.error()));
+  if (!source.isOpen())
+    return report(Failure::ofSystem("Impossible de copier", path_, source.error()));
   WholeFile copy(target->path_);
   const bool copied = copy.file().isOpen() && copy.file().writeRestOf(source);
   if (copied) copy.file().takeTimeOf(source);
   if (!copied || !copy.putInPlace())
-    report(failure("Impossible de copier vers", target->path_, copy.error()));
+    report(Failure::ofSystem("Impossible de copier vers", target->path_, copy.error()));
 }
 
 Ref<FolderItem> GetFolderItem(const std::string& path) {

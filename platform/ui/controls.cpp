@@ -41,12 +41,17 @@ StaticText::StaticText(QWidget& content, const std::string& name, const Appearan
     : RectControl(std::make_unique<QLabel>(QString::fromStdString(appearance.text), &content), name,
                   appearance) {}
 
+void StaticText::labels(const RectControl& control) {
+  static_cast<QLabel&>(widget()).setBuddy(control.widget_.get());
+}
+
 PushButton::PushButton(QWidget& content, const std::string& name, const Appearance& appearance,
                        const std::function<void()>& action)
     : RectControl(std::make_unique<QPushButton>(QString::fromStdString(appearance.text), &content),
                   name, appearance) {
-  QObject::connect(&static_cast<QPushButton&>(widget()), &QPushButton::clicked,
-                   [action] { performAction(action); });
+  auto& button = static_cast<QPushButton&>(widget());
+  button.setAutoDefault(true);  // without it the toolkit lets only space press it
+  QObject::connect(&button, &QPushButton::clicked, [action] { performAction(action); });
 }
 
 }  // namespace orvelin

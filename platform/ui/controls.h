@@ -38,14 +38,19 @@ class RectControl {
   QWidget& widget() const { return *widget_; }
 
  private:
+  friend class StaticText;
   std::unique_ptr<QWidget> widget_;
 };
 
 class StaticText : public RectControl {
  public:
   StaticText(QWidget& content, const std::string& name, const Appearance& appearance);
+
+  /// Tells screen readers that this text is the other control's label.
+  void labels(const RectControl& control);
 };
 
+/// A button that space and return press while it has the keyboard; never a window's default.
 class PushButton : public RectControl {
  public:
   PushButton(QWidget& content, const std::string& name, const Appearance& appearance,

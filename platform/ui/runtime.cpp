@@ -10,12 +10,24 @@
 #include <new>
 
 #include "platform/core/background.h"
+#include "platform/core/failure.h"
 #include "platform/ui/dialogs.h"
 #include "platform/ui/useraction.h"
 
 namespace orvelin {
 
 namespace {
+
+/// The toolkit's own French, which keeps under the folder dialog's name what its icons are called.
+class French : public QTranslator {
+ public:
+  QString translate(const char* context, const char* text, const char* comment,
+                    int count) const override {
+    if (QLatin1String(context) == QLatin1String("QAbstractFileIconProvider"))
+      context = "QFileDialog";
+    return QTranslator::translate(context, text, comment, count);
+  }
+};
 
 struct Toolkit {
   Toolkit(int& argc, char** argv) : application(argc, argv) {
@@ -30,7 +42,7 @@ struct Toolkit {
   }
   ~Toolkit() { installBackgroundTask(nullptr); }
 
-  QTranslator translator;
+  French translator;
   QApplication application;
   bool quitting = false;
   int status = 0;
@@ -38,10 +50,12 @@ struct Toolkit {
 
 std::unique_ptr<Toolkit> toolkit;
 
-void endAfter(const std::string& failure) {
+void endAfter(const std::string& failure, const std::string& advice = "") {
   std::cerr << "Orvelin : " + failure + "\n";
   toolkit->status = 1;
-  MsgBox("Orvelin n'a pas pu continuer et va se fermer.\r\r" + failure);
+  std::string text = "Orvelin n'a pas pu continuer et va se fermer.\r\r" + failure;
+  if (!advice.empty()) text += "\r\r" + advice;
+  MsgBox(text + "\r\rCe qui est déjà écrit reste en place ; vos photos ne sont jamais modifiées.");
   Quit();
 }
 
@@ -71,6 +85,8 @@ void Quit() {
 
 void handlingFailures(const std::function<void()>& step) try {
   step();
+} catch (const NilObjectException& failure) {
+  endAfter(failure.what(), failure.advice());
 } catch (const std::bad_alloc&) {
   endAfter("Mémoire insuffisante.");
 } catch (const std::exception& failure) {

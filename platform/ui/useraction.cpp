@@ -52,6 +52,13 @@ ActionGate& gate() {
   return gate;
 }
 
+void showBusy(bool busy) {
+  if (busy)
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  else
+    QGuiApplication::restoreOverrideCursor();
+}
+
 /// Takes in, and drops, all that the user has done up to now: the window system is asked for it.
 void dropInput() {
   QGuiApplication::sync();
@@ -65,18 +72,26 @@ QObject& actionGate() { return gate(); }
 void performAction(const std::function<void()>& action) {
   if (gate().busy) return;
   gate().busy = true;
+  showBusy(true);
   handlingFailures(action);
   dropInput();
+  showBusy(false);
   gate().busy = false;
   if (std::exchange(gate().closeAsked, false)) QApplication::closeAllWindows();
 }
 
 DialogOpening::DialogOpening() {
-  if (gate().busy) dropInput();
+  if (gate().busy) {
+    dropInput();
+    showBusy(false);
+  }
   ++gate().dialogs;
 }
 
-DialogOpening::~DialogOpening() { --gate().dialogs; }
+DialogOpening::~DialogOpening() {
+  --gate().dialogs;
+  if (gate().busy) showBusy(true);
+}
 
 void letDesktopIn() {
   // The coarse clock costs a few nanoseconds, a look at the window system microseconds.

@@ -6,11 +6,12 @@
 namespace orvelin {
 
 /// Runs what a click or a menu item asks for, failures included. While one action runs another is
-/// not begun, then or afterwards, and a request to close the window waits until it has ended.
+/// not begun, then or afterwards, and a request to close the window waits until it has ended. The
+/// pointer is the busy one meanwhile.
 void performAction(const std::function<void()>& action);
 
-/// While it lives, a dialog that the running action has opened takes the user's input; whatever the
-/// user did before the dialog is dropped.
+/// While it lives, a dialog that the running action has opened takes the user's input, with the
+/// ordinary pointer; whatever the user did before the dialog is dropped.
 class DialogOpening {
  public:
   DialogOpening();
