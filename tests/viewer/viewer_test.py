@@ -1,0 +1,163 @@
+"""The CD's own viewer, in a real browser, on trees that the real program built.
+
+viewer_test.py FOLDER: the folder holds a built DIGIFILM in 0, 1, 50, 51 and 160, each named by its
+number of pictures. Screenshots are left beside them.
+"""
+import base64
+import shutil
+import sys
+import unittest
+from pathlib import Path
+
+from selenium import webdriver
+from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import WebDriverWait
+
+folder = Path(sys.argv.pop()).resolve()
+
+
+class Viewer(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        options = webdriver.ChromeOptions()
+        for flag in ('--headless=new', '--no-sandbox', '--disable-dev-shm-usage', '--lang=fr'):
+            options.add_argument(flag)
+        options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
+        cls.browser = webdriver.Chrome(options=options)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.browser.quit()
+
+    def open(self, tree, size=(1200, 800)):
+        self.browser.set_window_size(*size)
+        self.browser.get((folder / tree / 'DIGIFILM/ORVELIN/photos.html').as_uri())
+        self.until(lambda: 'Recherche' not in self.text('#status'))
+
+    def find(self, selector):
+        return self.browser.find_elements(By.CSS_SELECTOR, selector)
+
+    def text(self, selector):
+        return self.find(selector)[0].text
+
+    def until(self, condition):
+        WebDriverWait(self.browser, 20, 0.05).until(lambda _: condition())
+
+    def press(self, *keys):
+        ActionChains(self.browser).send_keys(*keys).perform()
+
+    def shows(self, number):
+        """Waits until the picture of that number is the large one, decoded."""
+        picture = self.find('#picture')[0]
+        self.until(lambda: picture.get_attribute('alt') == f'Photo {number}')
+        self.until(lambda: picture.get_property('complete') and picture.get_property('naturalWidth'))
+        self.assertIn(f'/{number:03}.jpg', picture.get_attribute('src'))
+
+    def shot(self, name):
+        self.browser.save_screenshot(folder / f'{name}.png')
+
+    def test_finds_every_number_of_pictures(self):
+        for count in (0, 1, 50, 51, 160):
+            self.open(str(count))
+            expected = {0: 'Aucune photo sur ce CD.', 1: '1 photo'}.get(count, f'{count} photos')
+            self.assertEqual(self.text('#status'), expected)
+            self.assertEqual(len(self.find('#grid li')), count)
+            self.until(lambda: all(image.get_property('naturalWidth')
+                                   for image in self.find('#grid img')[:10]))
+            self.shot(f'viewer-{count}')
+
+    def test_passes_over_missing_numbers(self):
+        shutil.rmtree(folder / 'gaps', ignore_errors=True)
+        shutil.copytree(folder / '160', folder / 'gaps')
+        dcim = folder / 'gaps/DIGIFILM/dcim'
+        for name in ('100k6230/001', '100k6230/007', '100k6230/008', '104k6230/102', '106k6230/160'):
+            (dcim / f'{name}.jpg').unlink()
+        shutil.rmtree(dcim / '102k6230')
+        self.open('gaps')
+        self.find('#play')[0].click()
+        self.press(' ', Keys.HOME)
+        self.shows(2)
+        for key, number in ((Keys.RIGHT, 3), (Keys.END, 159), (Keys.LEFT, 158)):
+            self.press(key)
+            self.shows(number)
+        for number in (50, 6):  # over a missing folder, forwards; over two files, and back
+            self.browser.execute_script('show(arguments[0])', number)
+            self.shows(number)
+            self.press(Keys.RIGHT)
+            self.shows({50: 103, 6: 9}[number])
+        self.press(Keys.LEFT)
+        self.shows(6)
+
+    def test_is_operated_by_keys_clicks_and_touch(self):
+        self.open('160')
+        self.find('#grid button')[4].send_keys(Keys.ENTER)
+        self.shows(5)
+        for key, number in ((Keys.RIGHT, 6), (Keys.PAGE_UP, 5), (Keys.HOME, 1), (Keys.LEFT, 1),
+                            (Keys.END, 160), (Keys.RIGHT, 160)):
+            self.press(key)
+            self.shows(number)
+        self.find('#previous')[0].click()
+        self.shows(159)
+        self.shot('viewer-large')
+        self.press('f')
+        self.until(lambda: self.browser.execute_script('return document.fullscreenElement'))
+        self.press('f')
+        self.until(lambda: not self.browser.execute_script('return document.fullscreenElement'))
+        self.press(Keys.ESCAPE)
+        self.until(lambda: not self.find('#large')[0].is_displayed())
+        self.assertEqual(self.browser.switch_to.active_element.text, '159')
+
+        self.open('160', size=(500, 900))
+        self.shot('viewer-narrow')
+        self.find('#grid button')[0].click()
+        self.shows(1)
+        self.browser.execute_script('''
+            const at = x => [new Touch({identifier: 1, target: picture, clientX: x, clientY: 9})];
+            for (const [name, x] of [['touchstart', 300], ['touchend', 100]])
+              picture.dispatchEvent(new TouchEvent(name,
+                {bubbles: true, touches: name === 'touchend' ? [] : at(x), changedTouches: at(x)}));
+        ''')
+        self.shows(2)
+        self.shot('viewer-narrow-large')
+
+    def test_plays_from_the_first_to_the_last_and_round(self):
+        self.open('51')
+        # The show's five seconds pass at once.
+        self.browser.execute_script(
+            'const real = setTimeout; window.setTimeout = (act, ms) => real(act, ms / 200);')
+        self.find('#play')[0].click()
+        self.until(lambda: self.find('#picture')[0].get_attribute('alt') == 'Photo 51')
+        self.until(lambda: self.find('#picture')[0].get_attribute('alt') == 'Photo 2')
+        self.find('#pause')[0].click()
+        self.assertEqual(self.text('#pause'), 'Diaporama')
+
+    def test_speaks_to_screen_readers_and_reports_nothing(self):
+        self.open('50')
+        tree = self.browser.execute_cdp_cmd('Accessibility.getFullAXTree', {})['nodes']
+        said = {(node['role']['value'], node.get('name', {}).get('value')) for node in tree}
+        self.assertLessEqual({('button', 'Photo 50'), ('button', 'Diaporama'), ('list', 'Photos'),
+                              ('heading', 'Vos photos')}, said)
+        self.find('#grid button')[0].click()
+        self.shows(1)
+        tree = self.browser.execute_cdp_cmd('Accessibility.getFullAXTree', {})['nodes']
+        said = {(node['role']['value'], node.get('name', {}).get('value')) for node in tree}
+        self.assertLessEqual({('dialog', 'Photo en grand'), ('image', 'Photo 1'),
+                              ('button', 'Photo suivante'), ('button', 'Fermer')}, said)
+        self.assertEqual(self.text('#caption'), 'Photo 1 sur 50')
+        # Tries that met no file are all that the browser may have to say.
+        self.assertEqual([entry for entry in self.browser.get_log('browser')
+                          if 'ERR_FILE_NOT_FOUND' not in entry['message']], [])
+
+    def test_prints_every_picture(self):
+        self.open('160')
+        self.browser.execute_script('window.print = () => document.title = "printed"')
+        self.find('#print')[0].click()
+        self.until(lambda: self.browser.title == 'printed')
+        self.assertTrue(all(image.get_property('naturalWidth') for image in self.find('#grid img')))
+        (folder / 'viewer.pdf').write_bytes(base64.b64decode(self.browser.print_page()))
+
+
+if __name__ == '__main__':
+    unittest.main()
