@@ -40,7 +40,7 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
       {EFBIG, "fichier trop grand pour ce disque", ""},
       {EEXIST, "un autre élément porte déjà ce nom", rename},
       {EISDIR, "un dossier porte ce nom", rename},
-      {ENOTDIR, "un élément du chemin n'est pas un dossier", rename},
+      {ENOTDIR, "un fichier tient la place d'un dossier", rename},
       {ENAMETOOLONG, "nom trop long", "Recommencez dans un dossier au chemin plus court."},
       {ELOOP, "alias en boucle", ""},
       {EIO, "le disque ne répond pas correctement", plugIn},

@@ -89,6 +89,11 @@ class Viewer(unittest.TestCase):
             self.shows({50: 103, 6: 9}[number])
         self.press(Keys.LEFT)
         self.shows(6)
+        self.browser.execute_script('cells.set(++last, cellOf(last)); show(last)')  # gone since
+        self.shows(159)
+        self.press(Keys.ESCAPE)
+        self.assertEqual([button.text for button in self.find('#grid button')[:6]],
+                         ['2', '3', '4', '5', '6', '9'])
 
     def test_is_operated_by_keys_clicks_and_touch(self):
         self.open('160')
@@ -100,6 +105,9 @@ class Viewer(unittest.TestCase):
             self.shows(number)
         self.find('#previous')[0].click()
         self.shows(159)
+        self.press(' ')  # the button has the keyboard
+        self.shows(158)
+        self.assertEqual(self.text('#pause'), 'Diaporama')
         self.shot('viewer-large')
         self.press('f')
         self.until(lambda: self.browser.execute_script('return document.fullscreenElement'))
@@ -107,7 +115,7 @@ class Viewer(unittest.TestCase):
         self.until(lambda: not self.browser.execute_script('return document.fullscreenElement'))
         self.press(Keys.ESCAPE)
         self.until(lambda: not self.find('#large')[0].is_displayed())
-        self.assertEqual(self.browser.switch_to.active_element.text, '159')
+        self.assertEqual(self.browser.switch_to.active_element.text, '158')
 
         self.open('160', size=(500, 900))
         self.shot('viewer-narrow')
@@ -130,7 +138,9 @@ class Viewer(unittest.TestCase):
         self.find('#play')[0].click()
         self.until(lambda: self.find('#picture')[0].get_attribute('alt') == 'Photo 51')
         self.until(lambda: self.find('#picture')[0].get_attribute('alt') == 'Photo 2')
-        self.find('#pause')[0].click()
+        self.assertEqual(self.text('#pause'), 'Pause')
+        self.press(Keys.ESCAPE)
+        self.find('#grid button')[0].click()
         self.assertEqual(self.text('#pause'), 'Diaporama')
 
     def test_speaks_to_screen_readers_and_reports_nothing(self):
