@@ -30,8 +30,9 @@ Ref<FolderItem> findResourceFolder() {
 
 Ref<FolderItem> GetResource(Ref<FolderItem>& appFolder, const std::string& name) {
   if (!appFolder) appFolder = findResourceFolder();
-  if (!appFolder) return nullptr;
-  return appFolder->Child(name);
+  if (appFolder) return appFolder->Child(name);
+  report({"Impossible de trouver la ressource", name, "l'application est incomplète"});
+  return nullptr;
 }
 
 }  // namespace orvelin

@@ -26,7 +26,7 @@ std::string DigiItem::BuildData() const {
 }
 
 std::string DigiItem::dateToTimeStamp(Date d) {
-  // The year is shifted, not the instant: readers of the order file expect leap days to fall so.
+  // The year is shifted, not the instant: month, day and hour stay as the calendar reads them.
   d.Year(d.Year() - 66);
   return Lowercase("0x" + Hex(static_cast<std::int64_t>(Floor(d.TotalSeconds()))));
 }

@@ -41,9 +41,13 @@ TEST_F(Names, AreListedHiddenOnesTooInTheOrderOfTheirBytes) {
   for (const char* name : {".c", "B", "[a] *?", "a b", "b", "é", "\xff\xfe"})
     EXPECT_EQ(base->Item(++index)->Name(), name);
   EXPECT_FALSE(base->Item(0));
-  EXPECT_FALSE(base->Item(8));
+  EXPECT_FALSE(base->Item(8)) << "there are seven";
+  setTime(folder, 1'000'000'000);
+  EXPECT_EQ(base->Count(), 7);
+  write(folder / "~", "");
+  EXPECT_EQ(base->Count(), 8) << "a change is seen";
   fs::remove(folder / "é");
-  EXPECT_FALSE(base->Item(6)->Exists()) << "items come from the last listing";
+  EXPECT_FALSE(base->Item(7)->Exists()) << "items come from the last listing";
   EXPECT_EQ(item(folder / "none")->Count(), 0);
 }
 

@@ -14,7 +14,6 @@
 #include <QTimer>
 #include <utility>
 
-#include "app/app.h"
 #include "app/menubar1.h"
 #include "app/window1.h"
 #include "platform/core/background.h"
@@ -222,12 +221,21 @@ TEST_F(WindowTest, TellsScreenReadersOfItsControlsAndDialogs) {
 TEST_F(WindowTest, ShowsTheBusyPointerWhileAnActionRuns) {
   write(folder / "photos/a", read(sample("plan [2005].bmp")));
   static std::vector<bool> busy;
+  static bool letIn;
   busy.clear();
-  installBackgroundTask([] { busy.push_back(QGuiApplication::overrideCursor() != nullptr); });
+  letIn = false;
+  const fs::path last = folder / "CD/DIGIFILM/autorun.inf";
+  installBackgroundTask([] {
+    busy.push_back(QGuiApplication::overrideCursor() != nullptr);
+    letDesktopIn();
+    QThread::msleep(25);
+  });
   prepareBuild();
+  QTimer::singleShot(0, [&] { letIn = !fs::exists(last); });
   click("PushButton3");
   installBackgroundTask(nullptr);
   ASSERT_FALSE(busy.empty());
+  EXPECT_TRUE(letIn) << "the desktop was let in before the end";
   EXPECT_FALSE(busyOverMessage);
   EXPECT_EQ(busy, std::vector<bool>(busy.size(), true));
   EXPECT_FALSE(QGuiApplication::overrideCursor());

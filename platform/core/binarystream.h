@@ -41,6 +41,8 @@ class BinaryStream {
   void WritePString(std::string_view text);
   void WriteDouble(double number);
   void WriteLong(std::int32_t number);
+  /// Whether the system has failed to read or write something, told on standard error by then.
+  bool failed() const { return failed_; }
   /// Writes out what is buffered and closes the file; nothing can be read or written afterwards.
   void Close();
 

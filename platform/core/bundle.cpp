@@ -11,4 +11,8 @@ std::filesystem::path bundleFolder() {
   return program.parent_path().parent_path().parent_path();
 }
 
+std::filesystem::path bundleResource(const std::filesystem::path& path) {
+  return bundleFolder() / "Contents/Resources" / path;
+}
+
 }  // namespace orvelin

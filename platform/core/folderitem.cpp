@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -35,6 +36,15 @@ int causeOf(int error, const std::string& path) {
   if (::statvfs(above.c_str(), &disk) != 0) return errno;
   const bool full = disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0);
   return full ? ENOSPC : ENOENT;
+}
+
+/// When the folder's entries last changed; nothing while that is too short ago for the next change
+/// to be sure to show.
+std::optional<std::pair<std::int64_t, std::uint32_t>> changeOf(const std::string& path) {
+  constexpr std::int64_t coarsest = 2;  // seconds, the clock of memory cards
+  const auto found = status(path, STATX_MTIME);
+  if (!found || found->stx_mtime.tv_sec + coarsest >= std::time(nullptr)) return {};
+  return std::pair{found->stx_mtime.tv_sec, found->stx_mtime.tv_nsec};
 }
 
 }  // namespace
@@ -89,11 +99,13 @@ Ref<FolderItem> FolderItem::Child(const std::string& name) const {
 }
 
 int FolderItem::Count() {
-  list();
+  // Whoever counts at each step of a walk must not list the folder each time.
+  if (!listing_ || !changed_ || changed_ != changeOf(path_)) list();
   return static_cast<int>(listing_->size());
 }
 
 void FolderItem::list() {
+  changed_ = changeOf(path_);
   listing_.emplace();
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(path_.c_str()), ::closedir);
   int error = folder ? 0 : errno;
@@ -160,7 +172,7 @@ void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
   if (target.file().isOpen() && picture->encodeAsJPEG(write) && target.putInPlace()) return;
   const char* const action = "Impossible d'enregistrer l'image";
   report(target.error() ? Failure::ofSystem(action, path_, target.error())
-                        : Failure{action, path_, "l'original est illisible"});
+                        : Failure{action, path_, "illisible, ou trop grande pour un JPEG"});
 }
 
 void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {

@@ -67,6 +67,8 @@ class FolderItem {
 
   std::string path_;
   std::optional<std::vector<Entry>> listing_;
+  // The folder's time when it was listed; empty when that can't tell a change from none.
+  std::optional<std::pair<std::int64_t, std::uint32_t>> changed_;
 };
 
 /// The item at a path relative to the folder in which the application's bundle lies, or at an

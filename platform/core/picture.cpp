@@ -138,7 +138,7 @@ Ref<Picture> Picture::read(BinaryStream& stream, const std::string& path) {
   if (!format) return noPicture;
   if (stream.Length() <= mostBytes) {
     auto picture = makeRef<Picture>(stream.Read(stream.Length()), *format, path);
-    if (picture->reasonable()) return picture;
+    if (!stream.failed() && picture->reasonable()) return picture;
   }
   const Failure refused{"Image ignorée", path, "illisible ou démesurée"};
   report(refused);
@@ -170,6 +170,7 @@ bool Picture::decodes() const try {
   return true;
 } catch (const vips::VError&) {
   vips_error_clear();
+  report({"Image ignorée", path_, "illisible"});
   return false;
 }
 

@@ -6,9 +6,11 @@
 namespace orvelin {
 
 std::string ResourceFork::GetResource(const std::string& type, int id) const {
-  const auto path = bundleFolder() / "Contents/Resources" / type / std::to_string(id);
-  const Ref<BinaryStream> stream = FolderItem(path.string()).OpenAsBinaryFile();
-  return stream ? stream->Read(stream->Length()) : std::string();
+  const FolderItem file(bundleResource(type) / std::to_string(id));
+  const Ref<BinaryStream> stream = file.OpenAsBinaryFile();
+  if (stream) return stream->Read(stream->Length());
+  report(*stream.why());
+  return "";
 }
 
 Ref<ResourceFork> applicationResourceFork() { return makeRef<ResourceFork>(); }

@@ -3,17 +3,30 @@
 #include <QApplication>
 #include <QFile>
 #include <QFileDialog>
+#include <QMainWindow>
 #include <QMessageBox>
 
 #include "platform/ui/useraction.h"
 
 namespace orvelin {
 
+namespace {
+
+/// The window that dialogs belong to, also while the user is at work in another program.
+QWidget* mainWindow() {
+  for (QWidget* widget : QApplication::topLevelWidgets())
+    if (widget->isVisible() && qobject_cast<QMainWindow*>(widget)) return widget;
+  return nullptr;
+}
+
+}  // namespace
+
 Ref<FolderItem> SelectFolder() {
   const DialogOpening opening;
-  QFileDialog dialog(QApplication::activeWindow());
+  QFileDialog dialog(mainWindow());
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
+  dialog.setSupportedSchemes({"file"});
   dialog.setViewMode(QFileDialog::List);
   if (dialog.exec() != QDialog::Accepted) return nullptr;
   return makeRef<FolderItem>(QFile::encodeName(dialog.selectedFiles().constFirst()).toStdString());
@@ -21,7 +34,7 @@ Ref<FolderItem> SelectFolder() {
 
 void MsgBox(const std::string& text) {
   const DialogOpening opening;
-  QMessageBox box(QApplication::activeWindow());
+  QMessageBox box(mainWindow());
   box.setTextFormat(Qt::PlainText);
   box.setText(QString::fromStdString(text).replace('\r', '\n'));
   box.exec();

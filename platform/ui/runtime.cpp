@@ -1,8 +1,11 @@
 #include "platform/ui/runtime.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QSettings>
 #include <QTranslator>
 #include <exception>
 #include <iostream>
@@ -10,6 +13,7 @@
 #include <new>
 
 #include "platform/core/background.h"
+#include "platform/core/bundle.h"
 #include "platform/core/failure.h"
 #include "platform/ui/dialogs.h"
 #include "platform/ui/useraction.h"
@@ -34,6 +38,7 @@ struct Toolkit {
     QCoreApplication::setApplicationName("Orvelin");
     QGuiApplication::setApplicationDisplayName("Orvelin");
     QGuiApplication::setDesktopFileName("orvelin");
+    QGuiApplication::setWindowIcon(QIcon(QFile::decodeName(bundleResource("orvelin.png").c_str())));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     if (translator.load("qtbase_fr", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
       QCoreApplication::installTranslator(&translator);
@@ -62,6 +67,8 @@ void endAfter(const std::string& failure, const std::string& advice = "") {
 }  // namespace
 
 Runtime::Runtime(int& argc, char** argv) {
+  // The toolkit's folder dialog would keep the folders visited, and begin there the next time.
+  QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
   QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
   toolkit = std::make_unique<Toolkit>(argc, argv);
 }

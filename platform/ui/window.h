@@ -14,7 +14,7 @@ class QWidget;
 namespace orvelin {
 
 /// A document window of fixed size with a close box. What a program's own window adds, it adds in
-/// the virtual operations, which the framework calls.
+/// the virtual operations, which `open` and the events call.
 class Window {
  public:
   Window(const Window&) = delete;
