@@ -24,6 +24,7 @@ QWidget* mainWindow() {
 Ref<FolderItem> SelectFolder() {
   const DialogOpening opening;
   QFileDialog dialog(mainWindow());
+  dialog.setWindowTitle(QFileDialog::tr("Find Directory"));  // the desktop's own has none else
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setSupportedSchemes({"file"});
