@@ -28,8 +28,6 @@ std::string fileEntry(const std::string& name, const std::string& data) {
 /// A folder CD with an empty folder X and a file a.txt.
 const std::string example = folderEntry("CD", 2) + folderEntry("X", 0) + fileEntry("a.txt", "hi");
 
-using Tree = std::vector<std::string>;
-
 }  // namespace
 
 class Archive : public FileTest {
@@ -104,19 +102,7 @@ TEST_F(Archive, CutAnywhereEndsWithWhatThereIs) {
   }
 }
 
-TEST_F(Archive, WithWrongBytesNeverLeavesTheFolder) {
-  for (std::size_t at = 0; at < example.size(); ++at)
-    for (const int flip : {0x01, 0x2e ^ 'a', 0x7f}) {
-      // A count of millions is obeyed, which takes its time.
-      if ((at >= 28 && at < 32) || (at >= 59 && at < 63)) continue;
-      std::string bytes = example;
-      bytes[at] = static_cast<char>(bytes[at] ^ flip);
-      try {
-        unpack(bytes);
-      } catch (const NilObjectException&) {
-      }
-    }
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2);  // the archive and "out"
+TEST_F(Archive, WithNamesThatDesignateNoChildNeverLeavesTheFolder) {
   for (const auto& name : {""s, "."s, ".."s, "../out"s, "/tmp/x"s, "a/b"s, "a\0b"s}) {
     EXPECT_THROW(unpack(fileEntry(name, "x")), NilObjectException) << name;
     EXPECT_THROW(unpack(folderEntry(name, 0)), NilObjectException) << name;
@@ -143,11 +129,11 @@ TEST_F(Archive, OfWrongKindsOrNothingDoesNothing) {
   write(folder / "file", example);
   const Ref<FolderItem> nil, file = item(folder / "file"), out = item(folder / "out"),
                              none = item(folder / "none");
-  for (const auto& [archive, destination] :
-       {std::pair{nil, out}, {file, nil}, {file, file}, {out, out}, {none, out}})
-    GonfleurClass().Gonfler(archive, destination);
-  for (const auto& [source, archive] : {std::pair{nil, none}, {out, nil}, {file, none}, {out, out}})
-    GonfleurClass().Degonfler(source, archive);
+  const GonfleurClass gonfleur;
+  for (const auto& archive : {nil, out, none}) gonfleur.Gonfler(archive, out);
+  for (const auto& destination : {nil, file, none}) gonfleur.Gonfler(file, destination);
+  for (const auto& source : {nil, file, none}) gonfleur.Degonfler(source, none);
+  for (const auto& archive : {nil, out}) gonfleur.Degonfler(out, archive);
   EXPECT_TRUE(unpacked().empty());
   EXPECT_FALSE(none->Exists());
 }

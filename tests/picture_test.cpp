@@ -22,31 +22,16 @@ class Pictures : public FileTest {
     item(folder / "saved")->SaveAsJPEG(fileOf(bytes)->OpenAsPicture());
     return folder / "saved";
   }
-  /// The scene of the samples, `save`d to a buffer by libvips.
-  static std::string encoded(const vips::VImage& image, const std::string& format) {
-    void* data = nullptr;
-    std::size_t size = 0;
-    image.write_to_buffer(format.c_str(), &data, &size);
-    std::string bytes(static_cast<const char*>(data), size);
-    g_free(data);
-    return bytes;
+  /// A picture in another format, as libvips writes it.
+  std::string encoded(const vips::VImage& image, const std::string& format) const {
+    const std::string path = folder / "encoded";
+    image.write_to_file((path + format).c_str());
+    return read(path + format.substr(0, format.find('[')));
   }
   static vips::VImage scene() {
     return vips::VImage::new_from_file(sample("vacances/montagne.png").c_str());
   }
 };
-
-TEST_F(Pictures, OfEveryFormatComeOutUprightAndInTheRightColours) {
-  for (const char* name :
-       {"IMG_0001.JPG", "IMG_0005.JPG", "animation.gif", "numérisation.tif", "oiseau.webp",
-        "plan [2005].bmp", "téléphone.heic", "vacances/montagne.png", "vacances/plage.jpg"}) {
-    EXPECT_TRUE(opens(item(sample(name)))) << name;
-    expectScene(saved(read(sample(name))));
-  }
-  EXPECT_TRUE(opens(fileOf(encoded(scene().crop(0, 0, 3, 5), ".jpg"))));
-  expectScene(saved(read(sample("aquarelle.png"))), {255, 255, 255});
-  expectScene(saved(read(sample("imprimeur.jpg"))), {224, 224, 0}, 120);
-}
 
 TEST_F(Pictures, AreTurnedByEachOfTheEightOrientations) {
   // What a camera held so writes: the scene turned the other way.
@@ -79,15 +64,15 @@ TEST_F(Pictures, OfDeepColourGreyAndTransparencyKeepTheirTones) {
 
 TEST_F(Pictures, AreSavedAsJfifWithNothingBesideThePixels) {
   const fs::path result = saved(read(sample("IMG_0005.JPG")));
-  const std::string bytes = read(result);
-  EXPECT_EQ(bytes.substr(0, 2) + bytes.substr(6, 5), std::string("\xff\xd8JFIF\0", 7));
+  EXPECT_EQ(read(result).substr(6, 5), std::string("JFIF\0", 5));
+  EXPECT_EQ(read(result).find("Exif"), std::string::npos);
   const auto image = vips::VImage::new_from_file(result.c_str());
   EXPECT_EQ(image.get_typeof(VIPS_META_ICC_NAME), 0U);
-  EXPECT_EQ(bytes.find("Exif"), std::string::npos);
   EXPECT_STREQ(image.get_string("jpeg-chroma-subsample"), "4:2:0");
 }
 
-TEST_F(Pictures, ThatAreDamagedAreTakenAsFarAsTheyGo) {
+TEST_F(Pictures, ThatAreDamagedOrTinyAreTakenAsFarAsTheyGo) {
+  EXPECT_TRUE(opens(fileOf(encoded(scene().crop(0, 0, 3, 5), ".jpg"))));
   for (const char* name : {"IMG_0001.JPG", "vacances/plage.jpg"}) {
     std::string bytes = read(sample(name));
     EXPECT_TRUE(opens(fileOf(bytes.substr(0, bytes.size() * 9 / 10)))) << name;
@@ -98,33 +83,20 @@ TEST_F(Pictures, ThatAreDamagedAreTakenAsFarAsTheyGo) {
 
   // Several hundred restart markers, all of them out of step.
   std::string restarting = encoded(scene(), ".jpg[restart_interval=1,subsample_mode=off]");
-  int markers = 0;
-  for (std::size_t at = 0; at + 1 < restarting.size(); ++at)
-    if (restarting[at] == '\xff' && (restarting[at + 1] & 0xf8) == 0xd0) {
-      restarting[at + 1] ^= 4;
-      ++markers;
-    }
-  EXPECT_GT(markers, 200);
+  for (std::size_t at = 1; at < restarting.size(); ++at)
+    if (restarting[at - 1] == '\xff' && (restarting[at] & 0xf8) == 0xd0) restarting[at] ^= 4;
   EXPECT_TRUE(opens(fileOf(restarting)));
   EXPECT_TRUE(fs::exists(saved(restarting)));
 }
 
 TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
-  const std::string others[] = {"",
-                                "x",
-                                "BM",
-                                "BMW, la voiture de mon oncle\n",
-                                "1 2 3\n4 5 6\n7 8 9\n",
-                                "1,2,3\n4,5,6\n",
-                                "P3\n1 1\n255\n255 0 0\n",
-                                "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
-                                "%PDF-1.4\n",
-                                "%!PS-Adobe-3.0\n",
-                                "push graphic-context\nviewbox 0 0 9 9\n",
-                                "\xff\xd8\xff\xe0",
-                                "GIF89a",
-                                read(sample("IMG_0001.JPG")).substr(0, 300)};
-  for (const std::string& bytes : others) EXPECT_FALSE(opens(fileOf(bytes))) << bytes;
+  for (const char* text :
+       {"", "x", "BM", "BMW, la voiture de mon oncle", "1 2\n3 4\n", "1,2\n3,4\n",
+        "P3\n1 1\n255\n255 0 0\n", "%PDF-1.4\n", "%!PS-Adobe-3.0\n", "GIF89a",
+        "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
+        "push graphic-context\nviewbox 0 0 9 9\n", "\xff\xd8\xff\xe0"})
+    EXPECT_FALSE(opens(fileOf(text))) << text;
+  EXPECT_FALSE(opens(fileOf(read(sample("IMG_0001.JPG")).substr(0, 300))));
 }
 
 TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {

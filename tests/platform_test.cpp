@@ -7,39 +7,36 @@
 
 namespace orvelin::test {
 
+using namespace std::string_literals;
+
 TEST(Nil, ThrowsItsReasonWhereItIsUsed) {
-  const Ref<FolderItem> nil = Failure{"Impossible de créer le fichier", "/a\nb", "raison"};
-  EXPECT_FALSE(nil);
+  EXPECT_THROW(Ref<FolderItem>()->Name(), NilObjectException);
   try {
-    nil->Name();
+    Ref<FolderItem>(Failure{"Impossible de créer le fichier", "/a\nb", "raison"})->Name();
     FAIL() << "nil was used";
   } catch (const NilObjectException& failure) {
     EXPECT_STREQ(failure.what(), "Impossible de créer le fichier « /a?b » : raison.");
   }
-  EXPECT_THROW(Ref<FolderItem>()->Name(), NilObjectException);
 }
 
 using Names = FileTest;
 
 TEST_F(Names, ThatDesignateNoChildGiveNil) {
   const auto base = item(folder);
-  for (const std::string name : {"", ".", "..", "a/b", "/", "../x"})
-    EXPECT_FALSE(base->Child(name));
-  EXPECT_FALSE(base->Child(std::string("a\0b", 3)));
-  EXPECT_FALSE(base->Child(std::string(256, 'a')));
+  for (const std::string& name : {""s, "."s, ".."s, "a/b"s, "/"s, "a\0b"s, std::string(256, 'a')})
+    EXPECT_FALSE(base->Child(name)) << name;
   EXPECT_FALSE(item(folder / std::string(PATH_MAX - 20, 'a'))->Child(std::string(200, 'a')));
   EXPECT_EQ(base->Child(std::string(255, 'a'))->Name().size(), 255U);
   EXPECT_EQ(base->Child("..a")->Name(), "..a");
 }
 
 TEST_F(Names, AreListedHiddenOnesTooInTheOrderOfTheirBytes) {
-  for (const char* name : {"b", "B", "\xff\xfe", ".c", "[a] *?", "é", "a b"})
-    write(folder / name, "");
+  const auto names = {".c", "B", "[a] *?", "a b", "b", "é", "\xff\xfe"};
+  for (const char* name : names) write(folder / name, "");
   const auto base = item(folder);
   ASSERT_EQ(base->Count(), 7);
   int index = 0;
-  for (const char* name : {".c", "B", "[a] *?", "a b", "b", "é", "\xff\xfe"})
-    EXPECT_EQ(base->Item(++index)->Name(), name);
+  for (const char* name : names) EXPECT_EQ(base->Item(++index)->Name(), name);
   EXPECT_FALSE(base->Item(0));
   EXPECT_FALSE(base->Item(8)) << "there are seven";
   setTime(folder, 1'000'000'000);
@@ -92,7 +89,7 @@ TEST_F(Files, AreCopiedWithTheirTimeAndOrdinaryPermissions) {
   write(folder / ".target.orvelin", "half of an old picture");
   item(folder / "target")->CopyFileTo(item(folder / "target"));
   EXPECT_EQ(read(folder / "target"), read(folder / "source"));
-  EXPECT_EQ(treeOf(folder), (std::vector<std::string>{"precious", "source", "target"}));
+  EXPECT_EQ(treeOf(folder), (Tree{"precious", "source", "target"}));
 }
 
 TEST_F(Files, ThatADiskHasNoRoomForLeaveNothingUnderTheirName) {
@@ -100,15 +97,14 @@ TEST_F(Files, ThatADiskHasNoRoomForLeaveNothingUnderTheirName) {
   write(folder / "older", "older");
   const auto picture = item(sample("IMG_0001.JPG"))->OpenAsPicture();
   const auto stream = item(folder / "stream")->CreateBinaryFile("text");
-  {
-    const FullDisk disk(1000);
+  onFullDisk(1000, [&] {
     item(folder / "source")->CopyFileTo(item(folder / "copy"));
     item(folder / "source")->CopyFileTo(item(folder / "older"));
     item(folder / "picture")->SaveAsJPEG(picture);
     for (int i = 0; i < 50'000; ++i) stream->Write("abc");
     stream->Close();
-  }
-  EXPECT_EQ(treeOf(folder), (std::vector<std::string>{"older", "source", "stream"}));
+  });
+  EXPECT_EQ(treeOf(folder), (Tree{"older", "source", "stream"}));
   EXPECT_EQ(read(folder / "older"), "older");
   EXPECT_EQ(read(folder / "stream").size(), 1000U);
 }

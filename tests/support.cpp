@@ -14,23 +14,15 @@ void setTime(const fs::path& path, std::int64_t seconds) {
   ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
-namespace {
-
-void limitFileSize(rlim_t bytes) {
-  rlimit limit{};
-  ::getrlimit(RLIMIT_FSIZE, &limit);
-  limit.rlim_cur = bytes;
-  ::setrlimit(RLIMIT_FSIZE, &limit);
-}
-
-}  // namespace
-
-FullDisk::FullDisk(std::uint64_t bytes) {
+void onFullDisk(std::uint64_t bytes, const std::function<void()>& work) {
   std::signal(SIGXFSZ, SIG_IGN);
-  limitFileSize(bytes);
+  rlimit unlimited{};
+  ::getrlimit(RLIMIT_FSIZE, &unlimited);
+  const rlimit limited{bytes, unlimited.rlim_max};
+  ::setrlimit(RLIMIT_FSIZE, &limited);
+  work();
+  ::setrlimit(RLIMIT_FSIZE, &unlimited);
 }
-
-FullDisk::~FullDisk() { limitFileSize(RLIM_INFINITY); }
 
 std::vector<Colour> quarters(const fs::path& path) {
   const std::string bytes = read(path);

@@ -6,6 +6,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -30,9 +31,11 @@ inline void write(const fs::path& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
 }
 
+using Tree = std::vector<std::string>;
+
 /// All that lies below a folder, as sorted relative paths.
-inline std::vector<std::string> treeOf(const fs::path& folder) {
-  std::vector<std::string> tree;
+inline Tree treeOf(const fs::path& folder) {
+  Tree tree;
   for (const auto& entry : fs::recursive_directory_iterator(folder))
     tree.push_back(fs::relative(entry.path(), folder).string());
   std::sort(tree.begin(), tree.end());
@@ -42,14 +45,8 @@ inline std::vector<std::string> treeOf(const fs::path& folder) {
 /// Sets a file's modification time, in seconds since 1970 UTC.
 void setTime(const fs::path& path, std::int64_t seconds);
 
-/// While it lives, no file can grow beyond `bytes`: writes fail as they do on a full disk.
-class FullDisk {
- public:
-  explicit FullDisk(std::uint64_t bytes);
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-  ~FullDisk();
-};
+/// Does `work` while no file can grow beyond `bytes`: writes fail as they do on a full disk.
+void onFullDisk(std::uint64_t bytes, const std::function<void()>& work);
 
 using Colour = std::array<int, 3>;
 /// The colours in the middle of a picture's four quarters, as another program decodes the file.
