@@ -1,6 +1,6 @@
 # The user's hands and eyes, for scripts that drive the real program through its window: a virtual
 # display with a window manager, mouse, keyboard and screenshots. To be sourced, with `orvelin`
-# and `out`, the folder that receives the screenshots and logs, set; `rm -rf`s that folder.
+# and `out`, the folder that receives the screenshots and logs, set; that folder is made anew.
 
 fail() {
   echo "$0: $*" >&2
@@ -8,8 +8,10 @@ fail() {
 }
 [ -x "$orvelin" ] || fail "there is no program $orvelin; script/run builds it"
 
+[ ! -e "$out" ] || [ -e "$out/orvelin.log" ] || fail "$out holds something else; move it away"
 rm -rf "$out"
 mkdir -p "$out/home"
+touch "$out/orvelin.log"
 chmod 700 "$out/home"
 export HOME=$out/home XDG_RUNTIME_DIR=$out/home QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8 TZ=Europe/Paris
 unset WAYLAND_DISPLAY

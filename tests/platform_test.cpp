@@ -15,7 +15,8 @@ TEST(Nil, ThrowsItsReasonWhereItIsUsed) {
     Ref<FolderItem>(Failure{"Impossible de créer le fichier", "/a\nb", "raison"})->Name();
     FAIL() << "nil was used";
   } catch (const NilObjectException& failure) {
-    EXPECT_STREQ(failure.what(), "Impossible de créer le fichier « /a?b » : raison.");
+    EXPECT_STREQ(failure.what(),
+                 "Impossible de créer le fichier «\u00A0/a?b\u00A0»\u00A0: raison.");
   }
 }
 

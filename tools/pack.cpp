@@ -16,9 +16,9 @@ int main(int argc, char** argv) {
     std::cerr << "orvelin-pack: " << argv[1] << " is not a folder\n";
     return 1;
   }
-  // What stands there afterwards must be the new archive.
+  // An older archive must not pass for the new one.
   if (std::filesystem::is_regular_file(argv[2])) std::filesystem::remove(argv[2]);
   const Ref<FolderItem> archive = GetFolderItem(argv[2]);
   GonfleurClass().Degonfler(folder, archive);
-  return archive->Exists() ? 0 : 1;
+  return archive->Exists() && !archive->Directory() ? 0 : 1;
 }

@@ -7,8 +7,8 @@ namespace orvelin {
 
 std::string Failure::text() const {
   std::string text = action;
-  if (!path.empty()) text += " « " + path + " »";
-  text += " : " + reason + ".";
+  if (!path.empty()) text += " «\u00A0" + path + "\u00A0»";
+  text += "\u00A0: " + reason + ".";
   // A file name may hold line breaks; the sentence stays on its line.
   for (char& c : text)
     if (static_cast<unsigned char>(c) < ' ') c = '?';
@@ -56,6 +56,6 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
   return {action, path, "erreur " + std::to_string(error) + " du système"};
 }
 
-void report(const Failure& failure) { std::cerr << "Orvelin : " + failure.text() + "\n"; }
+void report(const Failure& failure) { std::cerr << "Orvelin\u00A0: " + failure.text() + "\n"; }
 
 }  // namespace orvelin

@@ -26,16 +26,19 @@ std::optional<struct statx> status(const std::string& path, unsigned wanted) {
   return status;
 }
 
-/// Why a file could not be made, given the error. Where its folder is missing, what counts is what
-/// kept that from being made.
-int causeOf(int error, const std::string& path) {
-  if (error != ENOENT) return error;
-  const std::string above = std::filesystem::path(path).parent_path().parent_path().string();
-  if (::access(above.c_str(), W_OK | X_OK) != 0) return errno;
+/// Why a file could not be made, given the error. Where its folder is missing, that is what could
+/// not be made, and what counts is what kept it from being made.
+Failure whyNotCreated(const std::string& path, int error) {
+  if (error != ENOENT && error != ENOTDIR)
+    return Failure::ofSystem("Impossible de créer le fichier", path, error);
+  const auto folder = std::filesystem::path(path).parent_path();
+  const std::string above = folder.parent_path().string();
   struct statvfs disk {};
-  if (::statvfs(above.c_str(), &disk) != 0) return errno;
-  const bool full = disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0);
-  return full ? ENOSPC : ENOENT;
+  if (::access(above.c_str(), W_OK | X_OK) != 0 || ::statvfs(above.c_str(), &disk) != 0)
+    error = errno;
+  else if (disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0))
+    error = ENOSPC;
+  return Failure::ofSystem("Impossible de créer le dossier", folder.string(), error);
 }
 
 /// When the folder's entries last changed; nothing while that is too short ago for the next change
@@ -147,8 +150,7 @@ void FolderItem::CreateAsFolder() const {
 
 Ref<BinaryStream> FolderItem::CreateBinaryFile(const std::string&) const {
   File file = File::createInPlace(path_);
-  if (!file.isOpen())
-    return Failure::ofSystem("Impossible de créer le fichier", path_, causeOf(file.error(), path_));
+  if (!file.isOpen()) return whyNotCreated(path_, file.error());
   return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Writing);
 }
 

@@ -24,7 +24,7 @@ QWidget* mainWindow() {
 Ref<FolderItem> SelectFolder() {
   const DialogOpening opening;
   QFileDialog dialog(mainWindow());
-  dialog.setWindowTitle(QFileDialog::tr("Find Directory"));  // the desktop's own has none else
+  dialog.setWindowTitle(QFileDialog::tr("Find Directory"));  // not set for the desktop's own dialog
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setSupportedSchemes({"file"});

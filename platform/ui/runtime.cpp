@@ -56,11 +56,13 @@ struct Toolkit {
 std::unique_ptr<Toolkit> toolkit;
 
 void endAfter(const std::string& failure, const std::string& advice = "") {
-  std::cerr << "Orvelin : " + failure + "\n";
+  std::cerr << "Orvelin\u00A0: " + failure + "\n";
   toolkit->status = 1;
   std::string text = "Orvelin n'a pas pu continuer et va se fermer.\r\r" + failure;
   if (!advice.empty()) text += "\r\r" + advice;
-  MsgBox(text + "\r\rCe qui est déjà écrit reste en place ; vos photos ne sont jamais modifiées.");
+  MsgBox(text +
+         "\r\rCe qui est déjà écrit reste en place. Orvelin ne touche à rien hors du dossier "
+         "«\u00A0DIGIFILM\u00A0».");
   Quit();
 }
 
