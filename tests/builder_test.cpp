@@ -79,19 +79,4 @@ TEST_F(Build, IsGuardedAgainstMissingFolders) {
   EXPECT_TRUE(fs::is_empty(folder / "CD"));
 }
 
-TEST_F(Build, InsideThePhotoFolderTakesThePicturesOfAnEarlierOne) {
-  photo("z.jpg", "vacances/plage.jpg");
-  photo("zz.webp", "oiseau.webp");
-  state.outFol = item(folder / "photos");
-  ASSERT_TRUE(buildDigiFilm(state));
-  state.outFol = item(folder / "photos");
-  ASSERT_TRUE(buildDigiFilm(state));
-  // 001 and 002 of the first build come first and are copied onto themselves.
-  const fs::path placed = folder / "photos/DIGIFILM/dcim/100k6230";
-  EXPECT_EQ(treeOf(placed), (Tree{"001.jpg", "002.jpg", "003.jpg", "004.jpg"}));
-  EXPECT_EQ(read(placed / "001.jpg"), read(sample("vacances/plage.jpg")));
-  EXPECT_EQ(read(placed / "003.jpg"), read(placed / "001.jpg"));
-  EXPECT_EQ(read(placed / "004.jpg"), read(placed / "002.jpg"));
-}
-
 }  // namespace orvelin::test

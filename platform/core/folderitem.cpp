@@ -172,9 +172,10 @@ void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
   WholeFile target(path_);
   const auto write = [&](std::string_view bytes) { return target.file().write(bytes); };
   if (target.file().isOpen() && picture->encodeAsJPEG(write) && target.putInPlace()) return;
-  const char* const action = "Impossible d'enregistrer l'image";
-  report(target.error() ? Failure::ofSystem(action, path_, target.error())
-                        : Failure{action, path_, "illisible, ou trop grande pour un JPEG"});
+  report(target.error()
+             ? Failure::ofSystem("Impossible d'enregistrer l'image", path_, target.error())
+             : Failure{"Impossible de convertir l'image", picture->path(),
+                       "illisible ou trop grande"});
 }
 
 void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {

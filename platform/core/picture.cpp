@@ -140,7 +140,7 @@ Ref<Picture> Picture::read(BinaryStream& stream, const std::string& path) {
     auto picture = makeRef<Picture>(stream.Read(stream.Length()), *format, path);
     if (!stream.failed() && picture->reasonable()) return picture;
   }
-  const Failure refused{"Image ignorée", path, "illisible ou démesurée"};
+  const Failure refused{"Image ignorée", path, "illisible ou trop grande"};
   report(refused);
   return refused;
 }
@@ -165,8 +165,7 @@ bool Picture::decodes() const try {
   const VImage image = load(bytes_, format_, shrinks ? 8 : 1);
   const auto discard = [](VipsRegion*, VipsRect*, void*) { return 0; };
   if (vips_sink_disc(image.get_image(), discard, nullptr) != 0) throw vips::VError();
-  if (damageSeen)
-    report({"Image prise telle quelle", path_, "sa lecture a donné des avertissements"});
+  if (damageSeen) report({"Image à vérifier", path_, "sa lecture a donné des avertissements"});
   return true;
 } catch (const vips::VError&) {
   vips_error_clear();

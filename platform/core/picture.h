@@ -32,6 +32,9 @@ class Picture {
   /// `write` as they come; false when the picture can't be decoded or `write` answers false.
   bool encodeAsJPEG(const Write& write) const;
 
+  /// The file that it was read from, for messages alone.
+  const std::string& path() const { return path_; }
+
  private:
   bool reasonable() const;
 

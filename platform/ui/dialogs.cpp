@@ -1,6 +1,7 @@
 #include "platform/ui/dialogs.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QMainWindow>
@@ -23,8 +24,9 @@ QWidget* mainWindow() {
 
 Ref<FolderItem> SelectFolder() {
   const DialogOpening opening;
-  QFileDialog dialog(mainWindow());
-  dialog.setWindowTitle(QFileDialog::tr("Find Directory"));  // not set for the desktop's own dialog
+  // Every choice begins at home: not among the photographs, when it is the destination's turn. The
+  // desktop's own dialog would have no title.
+  QFileDialog dialog(mainWindow(), QFileDialog::tr("Find Directory"), QDir::homePath());
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setSupportedSchemes({"file"});

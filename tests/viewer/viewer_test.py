@@ -32,9 +32,11 @@ class Viewer(unittest.TestCase):
         cls.browser.quit()
 
     def open(self, tree, size=(1200, 800)):
-        self.browser.set_window_size(*size)
+        self.browser.execute_cdp_cmd('Emulation.setDeviceMetricsOverride', {
+            'width': size[0], 'height': size[1], 'deviceScaleFactor': 1, 'mobile': size[0] < 600})
         self.browser.get((folder / tree / 'DIGIFILM/ORVELIN/photos.html').as_uri())
         self.until(lambda: 'Recherche' not in self.text('#status'))
+        self.assertEqual(self.run_script('return innerWidth'), size[0], 'nothing is wider')
 
     def find(self, selector):
         return self.browser.find_elements(By.CSS_SELECTOR, selector)
@@ -119,7 +121,7 @@ class Viewer(unittest.TestCase):
         self.until(lambda: not full() and not self.find('#large')[0].is_displayed())
         self.until(lambda: self.browser.switch_to.active_element.text == '158')
 
-        self.open('160', size=(500, 900))
+        self.open('160', size=(360, 640))
         self.shot('viewer-narrow')
         self.find('#grid button')[0].click()
         self.run_script('''
