@@ -50,8 +50,11 @@ TEST_F(Build, WithoutPicturesMakesAllTheRest) {
 
   // What the CD starts with, and shows, lies where the support files are unpacked.
   const std::string autorun = read(root / "autorun.inf");
-  for (const std::string line : {"icon=ORVELIN\\orvelin.ico", "shellexecute=ORVELIN\\photos.html"})
-    EXPECT_NE(autorun.find("\r\n" + line + "\r\n"), std::string::npos) << line;
+  for (const std::string start : {"\r\nicon=", "\r\nshellexecute="}) {
+    const auto begin = autorun.find(start + "ORVELIN\\") + start.size() + 8;
+    const std::string name = autorun.substr(begin, autorun.find('\r', begin) - begin);
+    EXPECT_TRUE(fs::is_regular_file(root / "ORVELIN" / name)) << name;
+  }
 }
 
 TEST_F(Build, NestsWhenRepeatedAndReusesWhenTheDestinationIsChosenAnew) {
@@ -77,6 +80,21 @@ TEST_F(Build, IsGuardedAgainstMissingFolders) {
   noPhotos.inFol = noDestination.outFol = nullptr;
   EXPECT_FALSE(buildDigiFilm(none) || buildDigiFilm(noPhotos) || buildDigiFilm(noDestination));
   EXPECT_TRUE(fs::is_empty(folder / "CD"));
+}
+
+TEST_F(Build, InsideThePhotoFolderTakesThePicturesOfAnEarlierOne) {
+  photo("z.jpg", "vacances/plage.jpg");
+  photo("zz.webp", "oiseau.webp");
+  for (int i = 0; i < 2; ++i) {
+    state.outFol = item(folder / "photos");
+    ASSERT_TRUE(buildDigiFilm(state));
+  }
+  // 001 and 002 of the first build come first and are copied onto themselves.
+  const fs::path placed = folder / "photos/DIGIFILM/dcim/100k6230";
+  EXPECT_EQ(treeOf(placed), (Tree{"001.jpg", "002.jpg", "003.jpg", "004.jpg"}));
+  EXPECT_EQ(read(placed / "001.jpg"), read(sample("vacances/plage.jpg")));
+  EXPECT_EQ(read(placed / "003.jpg"), read(placed / "001.jpg"));
+  EXPECT_EQ(read(placed / "004.jpg"), read(placed / "002.jpg"));
 }
 
 }  // namespace orvelin::test

@@ -12,14 +12,14 @@ namespace orvelin::test {
 using Items = FileTest;
 
 TEST_F(Items, AreFoldedIntoFiftyAndThenFiftyOnes) {
-  const struct {
-    int index;
-    const char* place;
-  } cases[] = {{0, "100k6230/001.jpg"},       {49, "100k6230/050.jpg"},
-               {50, "102k6230/051.jpg"},      {100, "102k6230/101.jpg"},
-               {101, "104k6230/102.jpg"},     {999, "138k6230/1000.jpg"},
-               {22948, "998k6230/22949.jpg"}, {22949, "1000k6230/22950.jpg"}};
-  for (const auto& [index, place] : cases) {
+  for (const auto& [index, place] : {std::pair{0, "100k6230/001.jpg"},
+                                     {49, "100k6230/050.jpg"},
+                                     {50, "102k6230/051.jpg"},
+                                     {100, "102k6230/101.jpg"},
+                                     {101, "104k6230/102.jpg"},
+                                     {999, "138k6230/1000.jpg"},
+                                     {22948, "998k6230/22949.jpg"},
+                                     {22949, "1000k6230/22950.jpg"}}) {
     const DigiItem digiItem(item(sample(".cachée.jpg")), item(folder), index);
     EXPECT_TRUE(fs::is_directory((folder / "dcim" / place).parent_path())) << "before any copy";
     EXPECT_NE(digiItem.BuildData().find("FILE=/dcim/" + std::string(place) + "\r\n"),
@@ -129,6 +129,8 @@ TEST_F(Scan, ContinuesAListYieldsOnceAnEntryAndMakesNothingWithoutPictures) {
   DigiItems found{nullptr};
   BuildTab(item(folder / "photos"), item(folder / "out"), found);
   EXPECT_NE(found.at(1)->BuildData().find("/002.jpg"), std::string::npos);
+  EXPECT_THROW(BuildTab(nullptr, item(folder), found), NilObjectException);
+  EXPECT_FALSE(isOpenablePicture(nullptr));
 }
 
 }  // namespace orvelin::test

@@ -83,8 +83,13 @@ TEST_F(Pictures, ThatAreDamagedOrTinyAreTakenAsFarAsTheyGo) {
 
   // Several hundred restart markers, all of them out of step.
   std::string restarting = encoded(scene(), ".jpg[restart_interval=1,subsample_mode=off]");
+  int markers = 0;
   for (std::size_t at = 1; at < restarting.size(); ++at)
-    if (restarting[at - 1] == '\xff' && (restarting[at] & 0xf8) == 0xd0) restarting[at] ^= 4;
+    if (restarting[at - 1] == '\xff' && (restarting[at] & 0xf8) == 0xd0) {
+      restarting[at] ^= 4;
+      ++markers;
+    }
+  EXPECT_GT(markers, 200);
   EXPECT_TRUE(opens(fileOf(restarting)));
   EXPECT_TRUE(fs::exists(saved(restarting)));
 }

@@ -118,30 +118,51 @@ class WindowTest : public FileTest {
   bool running = true;
 };
 
+TEST_F(WindowTest, HasItsSixControlsInTheirPlaces) {
+  auto next = frame->centralWidget()->children().begin();
+  for (const auto& [name, place, text, pixels] :
+       {std::tuple{"PushButton1", QRect{104, 24, 227, 20}, "Charger un dossier photo", 12},
+        {"StaticText1", {7, 20, 64, 25}, "Étape 1", 15},
+        {"StaticText2", {7, 62, 64, 25}, "Étape 2", 15},
+        {"PushButton2", {104, 66, 227, 20}, "Charger le dossier du DigiFilm", 12},
+        {"PushButton3", {104, 108, 227, 20}, "Créer le DigiFilm", 12},
+        {"StaticText3", {7, 104, 64, 25}, "Étape 3", 15}}) {
+    auto& widget = control<QWidget>(name);
+    EXPECT_EQ(*next++, &widget) << "controls are made in this order";
+    EXPECT_EQ(widget.geometry(), place) << name;
+    EXPECT_EQ(widget.property("text").toString().toStdString(), text);
+    EXPECT_EQ(widget.font().pixelSize(), pixels);
+    EXPECT_EQ(widget.font().bold(), pixels == 15);
+    EXPECT_LE(widget.fontMetrics().horizontalAdvance(QString(text)), place.width()) << text;
+    EXPECT_LE(widget.fontMetrics().height(), place.height()) << text;
+  }
+  EXPECT_EQ(frame->centralWidget()->size(), QSize(355, 150));
+  EXPECT_EQ(frame->minimumSize(), frame->maximumSize());
+  EXPECT_EQ(frame->windowTitle(), "Orvelin");
+}
+
 TEST_F(WindowTest, EnablesEachStepOnceTheOnesBeforeItAreDone) {
-  const fs::path photos = folder / "photos";
-  const struct {
-    const char* button;
-    fs::path chosen;
-    const char* enabled;
-  } steps[] = {{"PushButton1", "", "110000"}, {"PushButton1", photos, "111100"},
-               {"PushButton2", "", "111100"}, {"PushButton2", photos, "111111"},
-               {"PushButton1", "", "111111"}, {"PushButton2", "", "111111"}};
+  const fs::path none, photos = folder / "photos";
   EXPECT_EQ(enabled(), "110000");
-  for (const auto& [button, chosen, wanted] : steps) {
+  for (const auto& [button, chosen, wanted] : {std::tuple{"PushButton1", none, "110000"},
+                                               {"PushButton1", photos, "111100"},
+                                               {"PushButton2", none, "111100"},
+                                               {"PushButton2", photos, "111111"},
+                                               {"PushButton1", none, "111111"},
+                                               {"PushButton2", none, "111111"}}) {
     choose(button, chosen);
     EXPECT_EQ(enabled(), wanted) << button << chosen;
   }
   EXPECT_EQ(dialogs, 6);
+  EXPECT_EQ(Window1::Instance()->inFol->Path(), photos.string());
+  EXPECT_EQ(Window1::Instance()->outFol->Path(), photos.string());
 }
 
 TEST_F(WindowTest, TellsScreenReadersOfItsControlsAndDialogsInFrench) {
   const auto told = [](QWidget& widget) { return QAccessible::queryAccessibleInterface(&widget); };
   for (const std::string number : {"1", "2", "3"}) {
-    auto& widget = control<QPushButton>(("PushButton" + number).c_str());
-    auto* const button = told(widget);
+    auto* const button = told(control<QPushButton>(("PushButton" + number).c_str()));
     auto* const label = told(control<QLabel>(("StaticText" + number).c_str()));
-    EXPECT_GE(widget.width(), widget.fontMetrics().horizontalAdvance(widget.text())) << "is cut";
     EXPECT_EQ(button->role(), QAccessible::PushButton);
     EXPECT_FALSE(button->text(QAccessible::Name).isEmpty());
     EXPECT_EQ(bool(button->state().disabled), number != "1");
@@ -220,14 +241,21 @@ TEST_F(WindowTest, SaysWhatToDoAboutAFailureAndEnds) {
   EXPECT_EQ(statusAfter([] { FAIL() << "the event loop was entered"; }), 1);
 }
 
-TEST_F(WindowTest, HasAMenuThatOffersWhatThereIsToKnow) {
-  QAction& about = Window1::Instance()->AppleApropos()->action();
-  QMenu* const menu = frame->menuBar()->actions().value(0)->menu();
-  EXPECT_EQ(menu->actions().indexOf(&about), 1);
-  EXPECT_EQ(menu->actions().value(0)->menuRole(), QAction::QuitRole);
+TEST_F(WindowTest, HasOneMenuWithQuitAndAbout) {
+  const auto window = Window1::Instance();
+  EXPECT_EQ(window, Window1::Instance());
+  EXPECT_FALSE(window->UntitledMenu0());
+  QAction &file = window->FichierMenu()->action(), &quit = window->FileQuit()->action(),
+          &about = window->AppleApropos()->action();
+  EXPECT_EQ(frame->menuBar()->actions(), QList<QAction*>{&file});
+  EXPECT_EQ(file.menu()->actions(), (QList<QAction*>{&quit, &about}));
+  EXPECT_EQ(file.text() + quit.text() + about.text(), "FichierQuitterÀ propos ...");
+  EXPECT_EQ(quit.menuRole(), QAction::QuitRole);
+  EXPECT_EQ(about.menuRole(), QAction::AboutRole);
+
   // Opening the menu and using a key of it both enable the item.
   about.setEnabled(false);
-  emit menu->aboutToShow();
+  emit file.menu()->aboutToShow();
   EXPECT_TRUE(about.isEnabled());
   about.setEnabled(false);
   QTest::keyClick(frame, Qt::Key_A, Qt::ControlModifier);
@@ -235,9 +263,11 @@ TEST_F(WindowTest, HasAMenuThatOffersWhatThereIsToKnow) {
 
   closeMessage();
   about.trigger();
-  EXPECT_TRUE(
-      message.starts_with("Orvelin permet de créer, à partir d'un dossier photo, un dossier"));
+  EXPECT_TRUE(message.starts_with(
+      "Orvelin permet de créer, à partir d'un dossier photo, un dossier contenant la structure "
+      "d'un DigiFilm© qui peut être graver pour optenir un CD DigiFilm©\nCréé par "));
   EXPECT_EQ(std::count(message.begin(), message.end(), '\n'), 4);
+  EXPECT_NE(message.find("\n\nIcône : "), std::string::npos);
 }
 
 }  // namespace orvelin::test
