@@ -1,3 +1,4 @@
+#include <random>
 #include <vips/vips8>
 
 #include "platform/core/jpegmarkers.h"
@@ -71,8 +72,36 @@ TEST_F(Pictures, AreSavedAsJfifWithNothingBesideThePixels) {
   EXPECT_STREQ(image.get_string("jpeg-chroma-subsample"), "4:2:0");
 }
 
-TEST_F(Pictures, ThatAreDamagedOrTinyAreTakenAsFarAsTheyGo) {
-  EXPECT_TRUE(opens(fileOf(encoded(scene().crop(0, 0, 3, 5), ".jpg"))));
+TEST_F(Pictures, AreToldFromOtherFilesAsACompleteDecodeTellsThem) {
+  std::vector<std::string> files{encoded(scene(), ".jpg[interlace]"),
+                                 encoded(scene(), ".jpg[restart_interval=2]"),
+                                 encoded(scene().extract_band(1), ".jpg")};
+  for (const auto& entry : fs::recursive_directory_iterator(ORVELIN_SAMPLES))
+    if (entry.is_regular_file()) files.push_back(read(entry.path()));
+  std::mt19937 random(1);
+  int pictures = 0, others = 0;
+  for (const auto& whole : files)
+    for (std::size_t damage = 0; damage < 40; ++damage) {
+      std::string bytes = whole.substr(0, damage % 5 ? whole.size() : random() % whole.size());
+      const std::size_t reach =
+          damage % 2 ? bytes.size() : std::min<std::size_t>(bytes.size(), 900);
+      for (std::size_t i = 0; i < damage % 8 && reach > 0; ++i)
+        bytes[random() % reach] = static_cast<char>(random());
+      bool decodes = true;
+      try {
+        const char* options = bytes.starts_with("\xff\xd8") ? "[unlimited]" : "";
+        vips::VImage::new_from_buffer(bytes.data(), bytes.size(), options).copy_memory();
+      } catch (const vips::VError&) {
+        decodes = false;
+      }
+      EXPECT_EQ(opens(fileOf(bytes)), decodes);
+      ++(decodes ? pictures : others);
+    }
+  EXPECT_GT(pictures, 200);
+  EXPECT_GT(others, 200);
+}
+
+TEST_F(Pictures, ThatAreDamagedAreTakenAsFarAsTheyGo) {
   for (const char* name : {"IMG_0001.JPG", "vacances/plage.jpg"}) {
     std::string bytes = read(sample(name));
     EXPECT_TRUE(opens(fileOf(bytes.substr(0, bytes.size() * 9 / 10)))) << name;

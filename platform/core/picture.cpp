@@ -68,15 +68,18 @@ const Picture::Format* formatOf(std::string_view head) {
 }
 
 /// Opens a picture to be decoded once, from top to bottom.
-VImage load(const std::string& bytes, const Picture::Format& format, int shrink) {
+VImage load(const std::string& bytes, const Picture::Format& format) {
   VImage image;
   VipsBlob* const blob = vips_blob_new(nullptr, bytes.data(), bytes.size());
   VOption* const options = VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
   // Otherwise a hundred warnings, which one damaged photograph can give, end a JPEG.
-  if (isJPEG(format)) options->set("unlimited", true)->set("shrink", shrink);
+  if (isJPEG(format)) options->set("unlimited", true);
   options->set("buffer", blob)->set("out", &image);
   vips_area_unref(VIPS_AREA(blob));
   VImage::call(format.loader, options);
+  // A decoder goes from line to line: a second worker only waits for the first, and libvips can
+  // take the work for done, and well done, while the last of several is about to fail.
+  image.set(VIPS_META_CONCURRENCY, 1);
   return image;
 }
 
@@ -87,9 +90,11 @@ VImage onWhite(const VImage& image) {
   return image.flatten(VImage::option()->set("background", white)->set("max_alpha", white));
 }
 
+bool hasProfile(const VImage& image) { return image.get_typeof(VIPS_META_ICC_NAME) != 0; }
+
 /// 8-bit sRGB, or grey where the picture is grey and has no profile.
 VImage inScreenColours(const VImage& image) {
-  if (image.get_typeof(VIPS_META_ICC_NAME) != 0) try {
+  if (hasProfile(image)) try {
       return image.icc_transform(
           "srgb", VImage::option()->set("embedded", true)->set("intent", VIPS_INTENT_PERCEPTUAL));
     } catch (const vips::VError&) {
@@ -98,9 +103,10 @@ VImage inScreenColours(const VImage& image) {
   return image.colourspace(image.bands() < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB);
 }
 
+bool isTurned(const VImage& image) { return vips_image_get_orientation(image.get_image()) > 1; }
+
 VImage upright(const VImage& image) {
-  if (vips_image_get_orientation(image.get_image()) <= 1) return image;
-  return image.copy_memory().autorot();
+  return isTurned(image) ? image.copy_memory().autorot() : image;
 }
 
 /// Hands encoded bytes on to `write`, with the JFIF segment that libvips leaves out.
@@ -150,7 +156,7 @@ Picture::Picture(std::string bytes, const Format& format, std::string path)
 
 bool Picture::reasonable() const try {
   if (isJPEG(format_) && countScans(bytes_) > mostScans) return false;
-  const VImage header = load(bytes_, format_, 1);
+  const VImage header = load(bytes_, format_);
   return VIPS_IMAGE_SIZEOF_IMAGE(header.get_image()) <= static_cast<guint64>(mostBytes);
 } catch (const vips::VError&) {
   vips_error_clear();
@@ -159,10 +165,10 @@ bool Picture::reasonable() const try {
 
 bool Picture::decodes() const try {
   damageSeen = false;
-  // libvips stops the whole program over a picture that shrinks to no pixel at all.
-  const VImage header = load(bytes_, format_, 1);
-  const bool shrinks = header.width() >= 8 && header.height() >= 8;
-  const VImage image = load(bytes_, format_, shrinks ? 8 : 1);
+  VImage image = load(bytes_, format_);
+  // In a JPEG of a single scan nothing fails once its decoder has begun, whatever follows: damage
+  // in there gives warnings and grey.
+  if (isJPEG(format_) && image.get_typeof("interlaced") == 0) image = image.crop(0, 0, 1, 1);
   const auto discard = [](VipsRegion*, VipsRect*, void*) { return 0; };
   if (vips_sink_disc(image.get_image(), discard, nullptr) != 0) throw vips::VError();
   if (damageSeen) report({"Image à vérifier", path_, "sa lecture a donné des avertissements"});
@@ -174,7 +180,10 @@ bool Picture::decodes() const try {
 }
 
 bool Picture::encodeAsJPEG(const Write& write) const try {
-  const VImage image = upright(inScreenColours(onWhite(load(bytes_, format_, 1))));
+  VImage source = load(bytes_, format_);
+  // Here is work for several.
+  if (isTurned(source) || hasProfile(source)) source.remove(VIPS_META_CONCURRENCY);
+  const VImage image = upright(inScreenColours(onWhite(source)));
   const JpegTarget target(write);
   image.jpegsave_target(target.target(), VImage::option()
                                              ->set("Q", 90)

@@ -24,7 +24,7 @@ class Picture {
   Picture(std::string bytes, const Format& format, std::string path);
 
   /// Whether all of the picture can be decoded, damaged parts as far as they go; keeps nothing.
-  /// A JPEG is decoded completely, but at one eighth of its size.
+  /// Decodes no further than the answer needs.
   bool decodes() const;
 
   /// Encodes what a viewer shows, its first frame upright in 8-bit sRGB, transparent parts on
