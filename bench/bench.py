@@ -1,0 +1,176 @@
+"""Orvelin and its peers in turn on the same files; one table. Called by script/bench."""
+
+import os
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+PAIRS = 5
+quick = "--quick" in sys.argv
+bench = Path("build/bench").resolve()
+work = bench / "work/Orvelin.app/Contents/Linux/orvelin-work"
+out = bench / "out"
+
+
+def shell(script):
+    """A command for sh; it finds the inputs in $1, an empty folder for its outputs in $2."""
+    return ["sh", "-ec", script, "sh"]
+
+
+BUILD = [work, "build"]
+UNPACK = [work, "unpack"]
+PACK = shell(f'exec "{work}" pack "$1" "$2/archive"')
+DJPEG = shell(
+    'cd "$1"; for f in */*; do djpeg -outfile /dev/null "$f"; done; '
+    'for f in */*; do cp "$f" "$2"; done'
+)
+MOGRIFY = shell('cd "$1"; exec mogrify -auto-orient -quality 90 -format jpg -path "$2" */*')
+GM = shell(
+    'cd "$1"; for f in */*; do printf \'convert "%s" -auto-orient -quality 90 "%s"\\n\' '
+    '"$f" "$2/${f##*/}"; done | gm batch -'
+)
+VIPS = shell('cd "$1"; for f in */*; do vips copy "$f[autorotate]" "$2/${f##*/}[Q=90]"; done')
+TAR_X = shell('exec tar -xf "$1" -C "$2"')
+TAR_C = shell('exec tar -cf "$2/archive" -C "$1" .')
+
+
+def inputs(kind, count):
+    """The folder of so many input files, made when it isn't there yet."""
+    count = max(1, count // 10) if quick and kind != "large" else count
+    folder = bench / "inputs" / f"{kind}-{count}"
+    if not folder.exists():
+        print(f"making {count} files: {kind}", file=sys.stderr)
+        subprocess.run([bench / "orvelin-inputs", kind, str(count), folder], check=True)
+    for path in folder.rglob("*"):  # from here on, all that is read comes from memory
+        if path.is_file():
+            path.read_bytes()
+    return folder, count
+
+
+def run(command, source, expected):
+    """Seconds and peak bytes of one run, which must leave so many files."""
+    shutil.rmtree(out, ignore_errors=True)
+    out.mkdir(parents=True)
+    os.sync()
+    begin = time.perf_counter()
+    process = subprocess.Popen([*command, source, out], stderr=subprocess.DEVNULL)
+    _, status, usage = os.wait4(process.pid, 0)
+    seconds = time.perf_counter() - begin
+    process.returncode = status
+    made = out / "DIGIFILM/dcim" if command is BUILD else out
+    count = sum(path.is_file() for path in made.rglob("*"))
+    if status != 0 or count != expected:
+        sys.exit(f"{command} ended with {status} and left {count} files, not {expected}")
+    return seconds, usage.ru_maxrss * 1024
+
+
+def row(name, against, mine, theirs, ratio, limit, unit="s"):
+    reached = "yes" if ratio <= limit else "NO"
+    number = lambda value: f"{value:9.3f} {unit}" if value is not None else " " * 11
+    print(f"{name:44}{against:28}{number(mine)}{number(theirs)}{ratio:9.2f}{limit:9.2f}  {reached}")
+    sys.stdout.flush()
+
+
+def in_turn(name, command, source, expected, peers):
+    """Runs the command and its peers in turn, prints a row for each peer, answers the peak."""
+    runs = [command] + [peer for _, peer, _ in peers]
+    sources = [source if not isinstance(source, dict) else source[key] for key in range(len(runs))]
+    seconds = [[] for _ in runs]
+    peak = 0
+    for pair in range(PAIRS):
+        order = range(len(runs)) if pair % 2 == 0 else reversed(range(len(runs)))
+        for i in order:
+            taken, bytes_ = run(runs[i], sources[i], expected)
+            seconds[i].append(taken)
+            if i == 0:
+                peak = max(peak, bytes_)
+    for i, (against, _, limit) in enumerate(peers, 1):
+        ratio = statistics.median(a / b for a, b in zip(seconds[0], seconds[i]))
+        row(name, against, statistics.median(seconds[0]), statistics.median(seconds[i]), ratio, limit)
+    return peak
+
+
+def cost_per_picture():
+    costs = [[], []]
+    folders = [inputs("small", 20_000), inputs("small", 500)]
+    for _ in range(PAIRS):
+        for cost, (folder, count) in zip(costs, folders):
+            cost.append(1000 * run(BUILD, folder, count)[0] / count)
+    ratio = statistics.median(a / b for a, b in zip(*costs))
+    mine, theirs = map(statistics.median, costs)
+    row(f"a picture of {folders[0][1]} small ones", f"of {folders[1][1]}", mine, theirs, ratio, 1.10, "ms")
+
+
+def archives():
+    tree, count = inputs("tree", 10_000)
+    archive, tar = bench / "inputs/tree.archive", bench / "inputs/tree.tar"
+    subprocess.run([work, "pack", tree, archive], check=True)
+    subprocess.run(["tar", "-cf", tar, "-C", tree, "."], check=True)
+    in_turn(f"{count} files unpacked", UNPACK, {0: archive, 1: tar}, count, [("tar -xf", TAR_X, 1.0)])
+    in_turn(f"{count} files packed", PACK, tree, 1, [("tar -cf", TAR_C, 1.0)])
+
+
+def psnr(picture, reference):
+    """Decibels, as ImageMagick measures them."""
+    result = subprocess.run(
+        ["compare", "-metric", "PSNR", picture, reference, "null:"], capture_output=True, text=True
+    )
+    return float(re.match(r"[\d.]+", result.stderr).group())
+
+
+def quality():
+    """What Orvelin makes of a few pictures, beside what its peers make of them."""
+    peers = {
+        "mogrify": 'convert "$1" -auto-orient -quality 90 -sampling-factor 2x2 "$2"',
+        "gm": 'gm convert "$1" -auto-orient -quality 90 -sampling-factor 2x2 "$2"',
+        "vips": 'vips copy "$1[autorotate]" "$2[Q=90,subsample-mode=on]"',
+    }
+    worst = {peer: [99.0, 0.0] for peer in peers}
+    for kind, count, known in (("exif", 200, peers), ("tiff", 50, peers), ("png", 100, peers),
+                               ("heic", 30, ["mogrify", "vips"])):
+        source, all_of_them = inputs(kind, count)
+        run(BUILD, source, all_of_them)
+        sources = sorted(path for path in source.rglob("*") if path.is_file())[:4]
+        for number, picture in enumerate(sources, 1):
+            mine = out / f"DIGIFILM/dcim/100k6230/{number:03}.jpg"
+            reference, theirs = bench / "reference.png", bench / "theirs.jpg"
+            convert = ["convert", picture, "-auto-orient", "-depth", "8", reference]
+            subprocess.run(convert, check=True)
+            decibels = psnr(mine, reference)
+            for peer in known:
+                subprocess.run([*shell(peers[peer]), picture, theirs], check=True)
+                low, high = worst[peer]
+                worst[peer] = [min(low, decibels - psnr(theirs, reference)),
+                               max(high, mine.stat().st_size / theirs.stat().st_size)]
+    for peer, (difference, size) in worst.items():
+        row("PSNR below a peer's, worst case (dB)", peer, None, None, -difference, 0.5)
+        row("size to a peer's, worst case", peer, None, None, size, 1.1)
+
+
+print(f"{'work':44}{'against':28}{'Orvelin':>11}{'peer':>11}{'ratio':>9}{'at most':>9}  reached")
+
+folder, count = inputs("jfif", 200)
+in_turn(f"{count} JFIF JPEGs, 12 MP", BUILD, folder, count, [("djpeg of each, cp of each", DJPEG, 0.70)])
+folder, count = inputs("exif", 200)
+peak = in_turn(f"{count} Exif JPEGs, 12 MP, a third turned", BUILD, folder, count, [
+    ("mogrify", MOGRIFY, 0.40), ("gm convert, in batch mode", GM, 0.85), ("vips, one process a file", VIPS, 0.60)])
+for kind, name, count, limit in (("tiff", "TIFF", 50, 0.50), ("lzw", "TIFF, LZW", 50, 0.50),
+                                 ("png", "PNG", 100, 1.0), ("heic", "HEIC", 30, 1.5)):
+    folder, count = inputs(kind, count)
+    in_turn(f"{count} {name}, 8 MP", BUILD, folder, count, [("mogrify", MOGRIFY, limit)])
+cost_per_picture()
+archives()
+
+row("peak memory, 12 MP JPEGs (MB)", "-", None, None, peak / 1e6, 150)
+folder, count = inputs("large", 1)
+decoded = 11_600 * 8_700 * 3
+row("peak memory, a 100 MP JPEG, turned", "its decoded size", None, None, run(BUILD, folder, count)[1] / decoded, 1.5)
+os.environ["QT_QPA_PLATFORM"] = "offscreen"
+nanoseconds = [float(subprocess.check_output(bench / "orvelin-yield")) for _ in range(PAIRS)]
+row("yield with nothing waiting (ns)", "-", None, None, statistics.median(nanoseconds), 50)
+quality()
+shutil.rmtree(out)
