@@ -85,34 +85,6 @@ TEST_F(Files, AreCopiedWithTheirTimeAndOrdinaryPermissions) {
   ::stat((folder / "target").c_str(), &status);
   EXPECT_EQ(status.st_mtime, 1'000'000'000);
   EXPECT_TRUE(status.st_mode & S_IWUSR);
-
-  // What an interrupted copy left beside is consumed, and a file copied onto itself stays whole.
-  write(folder / ".target.orvelin", "half of an old picture");
-  item(folder / "target")->CopyFileTo(item(folder / "target"));
-  EXPECT_EQ(read(folder / "target"), read(folder / "source"));
-  EXPECT_EQ(treeOf(folder), (Tree{"precious", "source", "target"}));
-}
-
-TEST_F(Files, ThatADiskHasNoRoomForLeaveNothingUnderTheirName) {
-  write(folder / "source", std::string(300'000, 'x'));
-  write(folder / "older", "older");
-  const auto picture = item(sample("IMG_0001.JPG"))->OpenAsPicture();
-  const auto stream = item(folder / "stream")->CreateBinaryFile("text");
-  onFullDisk(1000, [&] {
-    item(folder / "source")->CopyFileTo(item(folder / "copy"));
-    item(folder / "source")->CopyFileTo(item(folder / "older"));
-    item(folder / "picture")->SaveAsJPEG(picture);
-    for (int i = 0; i < 50'000; ++i) stream->Write("abc");
-    stream->Close();
-  });
-  EXPECT_EQ(treeOf(folder), (Tree{"older", "source", "stream"}));
-  EXPECT_EQ(read(folder / "older"), "older");
-  EXPECT_EQ(read(folder / "stream").size(), 1000U);
-}
-
-TEST_F(Files, AreReadInWhatRoomTheyTakeWhateverIsAskedFor) {
-  write(folder / "file", "abc");
-  EXPECT_LT(item(folder / "file")->OpenAsBinaryFile()->Read(INT_MAX).capacity(), 1'000'000U);
 }
 
 TEST(Dates, ThatAreNotKnownReadTheFirstOf1970) {

@@ -1,10 +1,9 @@
 #include "support.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <csignal>
+#include <system_error>
 #include <vips/vips8>
 
 namespace orvelin::test {
@@ -14,14 +13,19 @@ void setTime(const fs::path& path, std::int64_t seconds) {
   ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
-void onFullDisk(std::uint64_t bytes, const std::function<void()>& work) {
-  std::signal(SIGXFSZ, SIG_IGN);
-  rlimit unlimited{};
-  ::getrlimit(RLIMIT_FSIZE, &unlimited);
-  const rlimit limited{bytes, unlimited.rlim_max};
-  ::setrlimit(RLIMIT_FSIZE, &limited);
-  work();
-  ::setrlimit(RLIMIT_FSIZE, &unlimited);
+Contents contentsOf(const fs::path& folder) {
+  Contents contents;
+  std::error_code none;
+  for (const auto& entry : fs::recursive_directory_iterator(folder, none))
+    contents[fs::relative(entry.path(), folder)] =
+        entry.is_regular_file() ? "file " + read(entry.path()) : "";
+  return contents;
+}
+
+Tree treeOf(const fs::path& folder) {
+  Tree tree;
+  for (const auto& [path, bytes] : contentsOf(folder)) tree.push_back(path);
+  return tree;
 }
 
 std::vector<Colour> quarters(const fs::path& path) {
@@ -48,12 +52,15 @@ void expectScene(const fs::path& path, Colour bottomRight, int tolerance) {
           << path << ", quarter " << quarter << ", band " << band;
 }
 
-FileTest::FileTest() {
-  VIPS_INIT("orvelin tests");  // the tests use libvips by themselves as well
+Scratch::Scratch() {
   std::string pattern = (fs::temp_directory_path() / "orvelin-XXXXXX").string();
   folder = ::mkdtemp(pattern.data());
 }
 
-FileTest::~FileTest() { fs::remove_all(folder); }
+Scratch::~Scratch() { fs::remove_all(folder); }
+
+FileTest::FileTest() {
+  VIPS_INIT("orvelin tests");  // the tests use libvips by themselves as well
+}
 
 }  // namespace orvelin::test

@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -32,21 +31,15 @@ inline void write(const fs::path& path, const std::string& bytes) {
 }
 
 using Tree = std::vector<std::string>;
+/// All that lies below a folder, as sorted relative paths; nothing where there is no folder.
+Tree treeOf(const fs::path& folder);
 
-/// All that lies below a folder, as sorted relative paths.
-inline Tree treeOf(const fs::path& folder) {
-  Tree tree;
-  for (const auto& entry : fs::recursive_directory_iterator(folder))
-    tree.push_back(fs::relative(entry.path(), folder).string());
-  std::sort(tree.begin(), tree.end());
-  return tree;
-}
+using Contents = std::map<std::string, std::string>;
+/// The same, each with the bytes of its file.
+Contents contentsOf(const fs::path& folder);
 
 /// Sets a file's modification time, in seconds since 1970 UTC.
 void setTime(const fs::path& path, std::int64_t seconds);
-
-/// Does `work` while no file can grow beyond `bytes`: writes fail as they do on a full disk.
-void onFullDisk(std::uint64_t bytes, const std::function<void()>& work);
 
 using Colour = std::array<int, 3>;
 /// The colours in the middle of a picture's four quarters, as another program decodes the file.
@@ -54,12 +47,19 @@ std::vector<Colour> quarters(const fs::path& path);
 /// Expects the scene that all samples show, upright.
 void expectScene(const fs::path& path, Colour bottomRight = {224, 224, 0}, int tolerance = 30);
 
+/// An empty folder, removed with all it holds.
+struct Scratch {
+  Scratch();
+  Scratch(const Scratch&) = delete;
+  Scratch& operator=(const Scratch&) = delete;
+  ~Scratch();
+  fs::path folder;
+};
+
 /// A test on real files, in a folder of its own.
-class FileTest : public testing::Test {
+class FileTest : public testing::Test, protected Scratch {
  protected:
   FileTest();
-  ~FileTest() override;
-  fs::path folder;
 };
 
 }  // namespace orvelin::test
