@@ -25,31 +25,26 @@ VImage noise(int width, int height, int grain, double amplitude, int seed) {
   return grain == 1 ? fine.crop(0, 0, width, height) : fine.resize(grain).crop(0, 0, width, height);
 }
 
-/// What a camera sees, as far as a coder of pictures is concerned: large shapes and small ones,
-/// each with half the contrast of those twice as large, hard edges, and the grain of the sensor.
+/// What a camera sees, as far as a coder of pictures is concerned: large shapes and small ones, the
+/// contrast the lower the smaller they are, hard edges, and the grain of the sensor.
 VImage photograph(int width, int height, int seed) {
-  const auto structure = [&](int first) {
-    VImage sum = VImage::black(width, height) + 0;
-    for (int grain = 512, octave = 0; grain >= 2; grain /= 2, ++octave)
-      sum = sum + noise(width, height, grain, 30 * std::pow(0.78, octave), first + octave);
-    return sum;
-  };
-  const VImage light = structure(seed);
+  VImage light = VImage::black(width, height) + 118;
+  for (int grain = 512, octave = 0; grain >= 2; grain /= 2, ++octave)
+    light = light + noise(width, height, grain, 30 * std::pow(0.78, octave), seed + octave);
   const VImage edges = (noise(width, height, 128, 20, seed + 20) > 0).ifthenelse(22, -22);
   const VImage bands[] = {noise(width, height, 256, 22, seed + 30),
                           noise(width, height, 64, 6, seed + 31),
                           noise(width, height, 256, 22, seed + 32)};
   std::vector<VImage> colours;
   for (int band = 0; band < 3; ++band)
-    colours.push_back(light + edges + bands[band] + 118 +
-                      noise(width, height, 1, 2.5, seed + 40 + band));
+    colours.push_back(light + edges + bands[band] + noise(width, height, 1, 2.5, seed + 40 + band));
   return VImage::bandjoin(colours)
       .cast(VIPS_FORMAT_UCHAR)
       .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))
       .copy_memory();
 }
 
-/// Photographs of one size, each different: pieces of a few large scenes.
+/// Photographs of one size, each different: a few scenes, shifted and mirrored.
 class Camera {
  public:
   Camera(int width, int height) {
@@ -72,7 +67,11 @@ void write(const fs::path& path, std::string_view bytes) {
 }
 
 void saveJPEG(const VImage& image, const fs::path& path, bool jfif) {
-  VipsBlob* const blob = image.jpegsave_buffer(VImage::option()->set("Q", 92)->set("strip", jfif));
+  VipsBlob* const blob =
+      image.jpegsave_buffer(VImage::option()
+                                ->set("Q", 95)
+                                ->set("subsample_mode", VIPS_FOREIGN_SUBSAMPLE_ON)
+                                ->set("strip", jfif));
   std::size_t size = 0;
   const auto* data = static_cast<const char*>(vips_blob_get(blob, &size));
   std::string bytes(data, size);
