@@ -28,8 +28,13 @@ std::string BinaryStream::Read(std::int64_t count) {
   std::size_t got = bytes.size();
   if (got == wanted || ended_) return bytes;
   // A length that lies must not claim more memory than the file has bytes to fill it.
-  bytes.resize(std::min(wanted, got + static_cast<std::size_t>(file_.size())));
-  while (const std::size_t more = readSome(bytes.data() + got, bytes.size() - got)) got += more;
+  const bool large = wanted > bufferSize;
+  bytes.resize(large ? std::min(wanted, got + static_cast<std::size_t>(file_.size())) : wanted);
+  while (got < bytes.size()) {
+    const std::size_t more = readSome(bytes.data() + got, bytes.size() - got);
+    if (more == 0) break;
+    got += more;
+  }
   bytes.resize(got);
   return bytes;
 }

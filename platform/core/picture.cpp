@@ -18,6 +18,9 @@ using namespace std::string_view_literals;
 struct Picture::Format {
   const char* loader;
   std::string_view magic;  // how the content begins; libvips is asked where this is empty
+  // Whether decoding fails as it begins or not at all: damage further on gives warnings and grey,
+  // and the scans of a JPEG that has several are all read before the first line is given.
+  bool failsAtOnce = false;
 };
 
 namespace {
@@ -30,7 +33,7 @@ constexpr std::size_t signatureSize = 4096;
 // The only loaders that are ever called: libvips knows many more, which take drawings, documents
 // and tables of numbers for pictures. ImageMagick's is asked for one format alone.
 constexpr Picture::Format formats[] = {
-    {"jpegload_buffer", ""},        {"pngload_buffer", ""},         {"heifload_buffer", ""},
+    {"jpegload_buffer", "", true},  {"pngload_buffer", "", true},   {"heifload_buffer", ""},
     {"webpload_buffer", ""},        {"gifload_buffer", ""},         {"magickload_buffer", "BM"sv},
     {"tiffload_buffer", "II*\0"sv}, {"tiffload_buffer", "MM\0*"sv}, {"tiffload_buffer", "II+\0"sv},
     {"tiffload_buffer", "MM\0+"sv},
@@ -169,14 +172,10 @@ bool Picture::reasonable() const try {
 }
 
 bool Picture::decodes() const try {
-  damageSeen = false;
   VImage image = load(bytes_, format_);
-  // In a JPEG of a single scan nothing fails once its decoder has begun, whatever follows: damage
-  // in there gives warnings and grey.
-  if (isJPEG(format_) && image.get_typeof("interlaced") == 0) image = image.crop(0, 0, 1, 1);
+  if (format_.failsAtOnce) image = image.crop(0, 0, 1, 1);
   const auto discard = [](VipsRegion*, VipsRect*, void*) { return 0; };
   if (vips_sink_disc(image.get_image(), discard, nullptr) != 0) throw vips::VError();
-  if (damageSeen) report({"Image à vérifier", path_, "sa lecture a donné des avertissements"});
   return true;
 } catch (const vips::VError&) {
   vips_error_clear();
@@ -185,12 +184,14 @@ bool Picture::decodes() const try {
 }
 
 bool Picture::encodeAsJPEG(const Write& write) const try {
+  damageSeen = false;
   const VImage image = upright(inScreenColours(onWhite(load(bytes_, format_))));
   const JpegTarget target(write);
   image.jpegsave_target(target.target(), VImage::option()
                                              ->set("Q", 90)
                                              ->set("subsample_mode", VIPS_FOREIGN_SUBSAMPLE_ON)
                                              ->set("strip", true));
+  if (damageSeen) report({"Image à vérifier", path_, "sa lecture a donné des avertissements"});
   return true;
 } catch (const vips::VError&) {
   vips_error_clear();
