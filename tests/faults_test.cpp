@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -8,9 +9,12 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdarg>
 #include <functional>
+#include <map>
 #include <random>
 #include <thread>
+#include <tuple>
 #include <utility>
 
 #include "builder/driver.h"
@@ -19,20 +23,32 @@
 
 namespace {
 
-/// How many more calls of the system succeed; from then on they fail, as they do when a disk is
-/// full or pulled out. All of them while it is negative.
+/// How many more calls of the system succeed before one fails, or all do from then on, as when a
+/// disk is full or pulled out. None fails while it is negative.
 struct Patience {
   int left = -1;
-  bool holds() { return left < 0 || left-- > 0 || (left = 0) > 0; }
+  bool once = false;
+  bool half = false;  // a write that fails so has put in half of its bytes
+  int failures = 0;
+
+  bool holds() {
+    if (left != 0) {
+      left -= left > 0;
+      return true;
+    }
+    ++failures;
+    if (once) left = -1;
+    return false;
+  }
 };
 Patience writes, reads;
 
 template <class Call>
-Call* systems(const char* name) {
+Call* real(const char* name) {
   return reinterpret_cast<Call*>(::dlsym(RTLD_NEXT, name));
 }
 
-ssize_t failed(int error) {
+int failed(int error) {
   errno = error;
   return -1;
 }
@@ -41,21 +57,42 @@ ssize_t failed(int error) {
 
 // The program's own calls of the system come here first.
 extern "C" ssize_t write(int file, const void* bytes, size_t count) {
-  static const auto write = systems<decltype(::write)>("write");
-  return writes.holds() ? write(file, bytes, count) : failed(ENOSPC);
-}
-extern "C" int mkdir(const char* path, mode_t mode) {
-  static const auto mkdir = systems<decltype(::mkdir)>("mkdir");
-  return writes.holds() ? mkdir(path, mode) : static_cast<int>(failed(ENOSPC));
+  static const auto call = real<decltype(::write)>("write");
+  if (writes.holds()) return call(file, bytes, count);
+  return writes.half && writes.failures == 1 ? call(file, bytes, count / 2) : failed(ENOSPC);
 }
 extern "C" ssize_t copy_file_range(int in, off64_t* inAt, int out, off64_t* outAt, size_t count,
                                    unsigned flags) {
-  static const auto copy = systems<decltype(::copy_file_range)>("copy_file_range");
-  return writes.holds() ? copy(in, inAt, out, outAt, count, flags) : failed(ENOSPC);
+  static const auto call = real<decltype(::copy_file_range)>("copy_file_range");
+  return writes.holds() ? call(in, inAt, out, outAt, count, flags) : failed(ENOSPC);
+}
+extern "C" int open(const char* path, int flags, ...) {
+  static const auto call = real<decltype(::open)>("open");
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & O_CREAT) ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  return !(flags & O_CREAT) || writes.holds() ? call(path, flags, mode) : failed(ENOSPC);
+}
+extern "C" int mkdir(const char* path, mode_t mode) {
+  static const auto call = real<decltype(::mkdir)>("mkdir");
+  return writes.holds() ? call(path, mode) : failed(ENOSPC);
+}
+extern "C" int rename(const char* from, const char* to) {
+  static const auto call = real<decltype(::rename)>("rename");
+  return writes.holds() ? call(from, to) : failed(ENOSPC);
+}
+extern "C" int close(int file) {
+  static const auto call = real<decltype(::close)>("close");
+  if (writes.holds()) return call(file);
+  // Only now it shows that not all could be written; the file is closed even so.
+  ::ftruncate(file, ::lseek(file, 0, SEEK_CUR) / 2);
+  call(file);
+  return failed(EIO);
 }
 extern "C" ssize_t read(int file, void* bytes, size_t count) {
-  static const auto read = systems<decltype(::read)>("read");
-  return reads.holds() ? read(file, bytes, count) : failed(EIO);
+  static const auto call = real<decltype(::read)>("read");
+  return reads.holds() ? call(file, bytes, count) : failed(EIO);
 }
 
 namespace orvelin::test {
@@ -63,24 +100,33 @@ namespace orvelin::test {
 /// Builds that are disturbed, beside one that is not.
 class Faults : public FileTest {
  protected:
+  using Times = std::map<fs::path, fs::file_time_type>;
+
   Faults() {
-    for (const char* name : {"IMG_0001.JPG", "IMG_0002.JPG", "vacances/plage.jpg", "aquarelle.png"})
-      write(photos / name, read(sample(name)));
-    before = contentsOf(photos);
     restore();
     EXPECT_TRUE(build(folder / "calm"));
     calm = contentsOf(folder / "calm");
   }
 
-  /// The photographs as they were at first.
+  /// The photographs as they are at first.
   void restore() {
     fs::remove_all(photos);
-    for (const auto& [name, file] : before)
-      if (!file.empty()) {
-        write(photos / name, file.substr(5));
-        setTime(photos / name, 1'000'000'000);
-        modified = item(photos / name)->ModificationDate().TotalSeconds();
-      }
+    for (const char* name : {"IMG_0001.JPG", "IMG_0002.JPG", "vacances/plage.jpg", "aquarelle.png"})
+      write(photos / name, read(sample(name)));
+    for (const auto& entry : fs::recursive_directory_iterator(photos))
+      setTime(entry.path(), 1'000'000'000);
+    before = contentsOf(photos);
+    times = timesOfPhotos();
+  }
+  Times timesOfPhotos() {
+    Times found{{photos, fs::last_write_time(photos)}};
+    for (const auto& entry : fs::recursive_directory_iterator(photos))
+      found[entry.path()] = entry.last_write_time();
+    return found;
+  }
+  void expectPhotosUntouched() {
+    EXPECT_TRUE(contentsOf(photos) == before);
+    EXPECT_TRUE(timesOfPhotos() == times);
   }
 
   /// Whether a build runs to its end.
@@ -98,38 +144,38 @@ class Faults : public FileTest {
   /// and the order file goes as far as it got. Another build then leaves what any other does.
   void expectNothingHalf(bool renumbered = false) {
     for (const char* place : {"CD", "unplugged"})
-      for (const auto& [path, file] : contentsOf(folder / place)) {
-        const bool same = std::any_of(calm.begin(), calm.end(),
-                                      [&](const auto& entry) { return entry.second == file; });
-        EXPECT_TRUE(same || !path.ends_with(".jpg")) << path;
+      for (const auto& [path, bytes] : contentsOf(folder / place)) {
+        const bool whole = std::any_of(calm.begin(), calm.end(),
+                                       [&](const auto& entry) { return entry.second == bytes; });
+        EXPECT_TRUE(whole || !path.ends_with(".jpg")) << path;
         EXPECT_TRUE(killed > 0 || !path.ends_with(".orvelin")) << path;
-        EXPECT_TRUE(renumbered || !path.ends_with("txt") || calm.at(path).starts_with(file));
+        EXPECT_TRUE(renumbered || !path.ends_with("txt") || calm.at(path).starts_with(bytes));
       }
     EXPECT_TRUE(build(cd));
-    EXPECT_EQ(contentsOf(cd), calm);
+    EXPECT_TRUE(contentsOf(cd) == calm);
     fs::remove_all(cd);
-    EXPECT_EQ(contentsOf(photos), before);
-    for (const auto& [name, file] : before)
-      if (!file.empty()) {
-        EXPECT_EQ(item(photos / name)->ModificationDate().TotalSeconds(), modified);
-      }
+    expectPhotosUntouched();
   }
 
   const fs::path photos = folder / "photos", cd = folder / "CD";
   Contents before, calm;
-  double modified = 0;
+  Times times;
   int killed = 0;
 };
 
 TEST_F(Faults, OfTheDiskAtAnyWriteOrReadLeaveNothingHalf) {
-  for (Patience* calls : {&writes, &reads})
-    for (int patience = 0, left = 0; left == 0; ++patience) {
+  const std::tuple<Patience*, bool, bool> ways[] = {{&writes, true, false},
+                                                    {&writes, true, true},
+                                                    {&writes, false, true},
+                                                    {&reads, true, false},
+                                                    {&reads, false, false}};
+  for (const auto& [calls, once, half] : ways)
+    for (int patience = 0, failures = 1; failures > 0; ++patience) {
       SCOPED_TRACE(patience);
-      write(cd / "DIGIFILM/dcim/100k6230/002.jpg",
-            calm.at("DIGIFILM/dcim/100k6230/003.jpg").substr(5));
-      calls->left = patience;
+      write(cd / "DIGIFILM/dcim/100k6230/002.jpg", calm.at("DIGIFILM/dcim/100k6230/003.jpg"));
+      *calls = {patience, once, half};
       build(cd);
-      left = std::exchange(calls->left, -1);
+      failures = std::exchange(*calls, {}).failures;
       expectNothingHalf(calls == &reads);
     }
   EXPECT_FALSE(build("/proc")) << "where nothing can be made";
@@ -162,8 +208,12 @@ TEST_F(Faults, OfThePlacesWhileABuildRunsLeaveNothingHalf) {
       build(cd);
       installBackgroundTask(nullptr);
       left = patience;
-      restore();
-      expectNothingHalf(true);
+      const bool ofPhotos = &each >= faults + 2;
+      if (ofPhotos)
+        restore();
+      else
+        expectPhotosUntouched();
+      expectNothingHalf(ofPhotos);
       fs::remove_all(folder / "unplugged");
     }
 }
@@ -171,7 +221,7 @@ TEST_F(Faults, OfThePlacesWhileABuildRunsLeaveNothingHalf) {
 TEST_F(Faults, ThatKillTheProgramLeaveNothingHalf) {
   std::string work = ORVELIN_WORK, task = "build", from = photos, to = cd;
   char* const arguments[] = {work.data(), task.data(), from.data(), to.data(), nullptr};
-  std::mt19937 random(std::random_device{}());
+  std::mt19937 random(1);
   double longest = 0.05;
   for (int i = 0; i < 100; ++i) {
     fs::create_directory(cd);

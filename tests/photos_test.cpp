@@ -77,7 +77,10 @@ class Scan : public FileTest {
   }
 };
 
-TEST_F(Scan, FollowsAliasesButNotBackIntoAFolderItIsIn) {
+TEST_F(Scan, GoesDownAsFarAsFoldersDoAndFollowsAliasesButNotBackIntoAFolderItIsIn) {
+  std::string deep = "deep";
+  for (int level = 0; level < 200; ++level) deep = "folder/" + deep;
+  photo(deep);
   photo("1/pict\xff[re] é");
   photo("1.jpg");
   ::mkfifo((folder / "photos/1.fifo").c_str(), 0666);
@@ -89,7 +92,8 @@ TEST_F(Scan, FollowsAliasesButNotBackIntoAFolderItIsIn) {
   fs::create_symlink("1/pict\xff[re] é", folder / "photos/4");
   fs::create_symlink("5", folder / "photos/5");
   fs::create_symlink(folder / "photos", folder / "elsewhere/photos");
-  EXPECT_EQ(scanned(), (Tree{"pict\xff[re] é", "1.jpg", "other", "other", "pict\xff[re] é"}));
+  EXPECT_EQ(scanned(),
+            (Tree{"pict\xff[re] é", "1.jpg", "other", "other", "pict\xff[re] é", "deep"}));
 }
 
 TEST_F(Scan, ContinuesAListYieldsOnceAnEntryAndMakesNothingWithoutPictures) {

@@ -18,7 +18,7 @@ Contents contentsOf(const fs::path& folder) {
   std::error_code none;
   for (const auto& entry : fs::recursive_directory_iterator(folder, none))
     contents[fs::relative(entry.path(), folder)] =
-        entry.is_regular_file() ? "file " + read(entry.path()) : "";
+        entry.is_regular_file() ? read(entry.path()) : "a folder";
   return contents;
 }
 

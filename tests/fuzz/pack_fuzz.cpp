@@ -46,6 +46,7 @@ void attempt(const std::string& bytes, const fs::path& folder) {
   fs::create_directory(folder / "out");
   GonfleurClass().Degonfler(item(folder / "tree"), item(folder / "archive"));
   GonfleurClass().Gonfler(item(folder / "archive"), item(folder / "out"));
+  expect(fs::is_directory(folder / "out/tree"), "it is there");
   expect(contentsOf(folder / "tree") == contentsOf(folder / "out/tree"), "it is the same");
 }
 
