@@ -36,6 +36,7 @@ VImage photograph(int width, int height, int seed) {
                           noise(width, height, 64, 6, seed + 31),
                           noise(width, height, 256, 22, seed + 32)};
   std::vector<VImage> colours;
+  colours.reserve(3);
   for (int band = 0; band < 3; ++band)
     colours.push_back(light + edges + bands[band] + noise(width, height, 1, 2.5, seed + 40 + band));
   return VImage::bandjoin(colours)

@@ -86,7 +86,7 @@ TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {
 }
 
 TEST_F(Archive, CutShortOrWithNumbersThatLieIsReadAsFarAsItGoes) {
-  for (const std::size_t size : {0, 5, 20, 30, 50, 62, 66, 80, 97}) {
+  for (const std::size_t size : {0U, 5U, 20U, 30U, 50U, 62U, 66U, 80U, 97U}) {
     unpack(example.substr(0, size));
     EXPECT_EQ(unpacked().size(), size < 12 ? 0U : size < 43 ? 1U : size < 72 ? 2U : 3U) << size;
   }

@@ -144,9 +144,11 @@ class Faults : public FileTest {
   /// and the order file goes as far as it got. Another build then leaves what any other does.
   void expectNothingHalf(bool renumbered = false) {
     for (const char* place : {"CD", "unplugged"})
-      for (const auto& [path, bytes] : contentsOf(folder / place)) {
+      for (const auto& entry : contentsOf(folder / place)) {
+        const auto& path = entry.first;
+        const auto& bytes = entry.second;
         const bool whole = std::any_of(calm.begin(), calm.end(),
-                                       [&](const auto& entry) { return entry.second == bytes; });
+                                       [&](const auto& other) { return other.second == bytes; });
         EXPECT_TRUE(whole || !path.ends_with(".jpg")) << path;
         EXPECT_TRUE(killed > 0 || !path.ends_with(".orvelin")) << path;
         EXPECT_TRUE(renumbered || !path.ends_with("txt") || calm.at(path).starts_with(bytes));

@@ -79,7 +79,7 @@ class Scan : public FileTest {
 
 TEST_F(Scan, GoesDownAsFarAsFoldersDoAndFollowsAliasesButNotBackIntoAFolderItIsIn) {
   std::string deep = "deep";
-  for (int level = 0; level < 200; ++level) deep = "folder/" + deep;
+  for (int level = 0; level < 200; ++level) deep.insert(0, "folder/");
   photo(deep);
   photo("1/pict\xff[re] é");
   photo("1.jpg");

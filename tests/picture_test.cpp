@@ -124,7 +124,7 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
   EXPECT_TRUE(fs::exists(saved(encoded(vips::VImage::black(65500, 8), ".png"))));
   const std::string ffffPixelsASide("\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00", 10);
   for (const auto& [name, at, from] :
-       {std::tuple{"aquarelle.png", 16, 0}, {"plan [2005].bmp", 18, 2}}) {
+       {std::tuple{"aquarelle.png", 16U, 0U}, {"plan [2005].bmp", 18U, 2U}}) {
     std::string bytes = read(sample(name));
     bytes.replace(at, 8, ffffPixelsASide.substr(from, 8));
     EXPECT_FALSE(opens(fileOf(bytes))) << name;

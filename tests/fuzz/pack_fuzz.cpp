@@ -18,7 +18,7 @@ class Garden {
       if (kind < 80 && depth < 12)
         grow(path, depth + 1);
       else
-        write(path, take(number() * (kind > 250 ? 1000 : 1)));
+        write(path, take(std::size_t{number()} * (kind > 250 ? 1000 : 1)));
     }
   }
 
