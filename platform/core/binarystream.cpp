@@ -19,8 +19,6 @@ BinaryStream::BinaryStream(File file, std::string path, Use use)
 
 BinaryStream::~BinaryStream() { Close(); }
 
-std::int64_t BinaryStream::Length() const { return file_.size(); }
-
 std::string BinaryStream::Read(std::int64_t count) {
   const auto wanted = static_cast<std::size_t>(std::max<std::int64_t>(count, 0));
   std::string bytes = buffer_.substr(taken_, wanted);

@@ -22,8 +22,8 @@ class BinaryStream {
 
   /// The byte order of numbers; big-endian when false.
   void LittleEndian(bool littleEndian) { littleEndian_ = littleEndian; }
-  /// Bytes in the file at the time of the call.
-  std::int64_t Length() const;
+  /// Bytes in the file when it was opened.
+  std::int64_t Length() const { return file_.size(); }
 
   /// Up to `count` bytes, fewer where the file has fewer left; none for a negative count. Takes no
   /// more from the file than that, while the typed reads read ahead.

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 namespace orvelin {
@@ -31,26 +32,20 @@ File File::opened(int descriptor) {
   if (descriptor < 0) return {-1, errno};
   struct stat status {};
   const bool known = ::fstat(descriptor, &status) == 0;
-  if (known && S_ISREG(status.st_mode)) return {descriptor, 0};
+  if (known && S_ISREG(status.st_mode)) return {descriptor, 0, status.st_size};
   const int error = !known ? errno : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
   ::close(descriptor);
   return {-1, error};
 }
 
-File::File(File&& other) noexcept : descriptor_(other.descriptor_), error_(other.error_) {
-  other.descriptor_ = -1;
-}
+File::File(File&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)), error_(other.error_), size_(other.size_) {}
 
 File::~File() { close(); }
 
 bool File::failed() {
   error_ = errno;
   return false;
-}
-
-std::int64_t File::size() const {
-  struct stat status {};
-  return ::fstat(descriptor_, &status) == 0 ? status.st_size : 0;
 }
 
 std::size_t File::readSome(char* bytes, std::size_t count) {

@@ -24,8 +24,8 @@ class File {
   bool isOpen() const { return descriptor_ >= 0; }
   /// The `errno` of the last failure, 0 when there was none.
   int error() const { return error_; }
-  /// Bytes in the file, 0 when that can't be told.
-  std::int64_t size() const;
+  /// Bytes in the file when it was opened.
+  std::int64_t size() const { return size_; }
 
   /// Reads some bytes; 0 at the end of the file, and on failure with `error` set.
   std::size_t readSome(char* bytes, std::size_t count);
@@ -39,12 +39,14 @@ class File {
   bool close();
 
  private:
-  File(int descriptor, int error) : descriptor_(descriptor), error_(error) {}
+  File(int descriptor, int error, std::int64_t size = 0)
+      : descriptor_(descriptor), error_(error), size_(size) {}
   static File opened(int descriptor);
   bool failed();
 
   int descriptor_;
   int error_;
+  std::int64_t size_;
 };
 
 /// A file that appears under its name whole or not at all: written beside, under a hidden name

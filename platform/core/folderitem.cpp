@@ -62,6 +62,7 @@ std::string FolderItem::Name() const {
 bool FolderItem::Exists() const { return status(path_, STATX_TYPE).has_value(); }
 
 bool FolderItem::Directory() const {
+  if (listedAsFolder_) return *listedAsFolder_;
   const auto found = status(path_, STATX_TYPE);
   return found && S_ISDIR(found->stx_mode);
 }
@@ -120,8 +121,7 @@ void FolderItem::list() {
       break;
     }
     std::string name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    listing_->push_back({std::move(name), entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
+    if (name != "." && name != "..") listing_->push_back({std::move(name), entry->d_type});
   }
   if (error) report(Failure::ofSystem("Impossible de parcourir le dossier", path_, error));
   std::sort(listing_->begin(), listing_->end(),
@@ -134,11 +134,14 @@ Ref<FolderItem> FolderItem::Item(int index) {
     return Failure{"Impossible de désigner l'élément n° " + std::to_string(index) + " de", path_,
                    "le dossier n'en a pas autant"};
   const Entry& entry = (*listing_)[static_cast<std::size_t>(index) - 1];
-  std::string path = childPath(entry.name);
+  const auto item = makeRef<FolderItem>(childPath(entry.name));
   std::error_code error;
-  if (entry.mayBeAlias && std::filesystem::is_symlink(path, error))
-    if (auto target = std::filesystem::canonical(path, error); !error) path = target.string();
-  return makeRef<FolderItem>(std::move(path));
+  if (entry.type != DT_LNK && entry.type != DT_UNKNOWN)
+    item->listedAsFolder_ = entry.type == DT_DIR;
+  else if (std::filesystem::is_symlink(item->path_, error))
+    if (auto target = std::filesystem::canonical(item->path_, error); !error)
+      item->path_ = target.string();
+  return item;
 }
 
 void FolderItem::CreateAsFolder() const {

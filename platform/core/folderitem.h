@@ -23,6 +23,7 @@ class FolderItem {
   std::string Name() const;
   /// Whether there is such an entry; an alias that leads nowhere counts as none.
   bool Exists() const;
+  /// Whether it is a folder; for an entry of a listing, whether it was one when that was made.
   bool Directory() const;
   /// What tells this item from all others, whatever path it is reached by; empty when it does not
   /// exist.
@@ -60,12 +61,13 @@ class FolderItem {
  private:
   struct Entry {
     std::string name;
-    bool mayBeAlias;
+    unsigned char type;  // as the listing tells it: DT_DIR, DT_LNK, DT_UNKNOWN ...
   };
   std::string childPath(const std::string& name) const;
   void list();
 
   std::string path_;
+  std::optional<bool> listedAsFolder_;
   std::optional<std::vector<Entry>> listing_;
   // The folder's time when it was listed; empty when that can't tell a change from none.
   std::optional<std::pair<std::int64_t, std::uint32_t>> changed_;
