@@ -9,7 +9,7 @@ namespace orvelin::test {
 
 namespace {
 
-using namespace std::string_literals;
+using namespace std::literals;
 
 std::string text(const std::string& bytes) { return static_cast<char>(bytes.size()) + bytes; }
 std::string number(std::int64_t value) {
@@ -45,47 +45,38 @@ class Archive : public FileTest {
 };
 
 TEST_F(Archive, OfTheExampleUnpacksTwiceIntoTheSameTree) {
-  ASSERT_EQ(example.size(), 98U);
   for (int i = 0; i < 2; ++i) {
     unpack(example + "trailing bytes");
     EXPECT_EQ(unpacked(), (Tree{"CD", "CD/X", "CD/a.txt"}));
     EXPECT_EQ(read(folder / "out/CD/a.txt"), "hi");
     write(folder / "out/CD/a.txt", "something longer");
   }
-  struct stat status {};
-  ::stat((folder / "out/CD").c_str(), &status);
-  EXPECT_GT(status.st_mtime, 1'000'000'000) << "the stored time, of 1999, is not applied";
+  EXPECT_LT(fs::file_time_type::clock::now() - fs::last_write_time(folder / "out/CD"), 24h)
+      << "the stored time, of 1999, is not applied";
 }
 
 TEST_F(Archive, OfTheExampleIsPackedToTheByte) {
   fs::create_directories(folder / "CD/X");
   write(folder / "CD/a.txt", "hi");
+  for (const fs::path& path : {folder / "CD/X", folder / "CD/a.txt", folder / "CD"})
+    setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // Paris is an hour ahead in winter
   std::string packed = pack(folder / "CD");
   ASSERT_EQ(packed.size(), 98U);
   // Creation times are the file system's own: only the modification times can be set.
-  for (const fs::path& path : {folder / "CD/X", folder / "CD/a.txt", folder / "CD"})
-    setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // Paris is an hour ahead in winter
-  packed = pack(folder / "CD");
   for (const std::size_t at : {20U, 51U, 84U}) packed.replace(at, 8, example, at, 8);
   EXPECT_EQ(packed, example);
 }
 
 TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {
-  std::string lower = example;
-  lower.replace(1, 8, "[folder]").replace(64, 6, "[File]");
-  unpack(lower);
-  EXPECT_EQ(unpacked().size(), 3U);
-
-  fs::remove_all(folder / "out/CD");
-  unpack(folderEntry("CD", 4) + text("?") + text("") + fileEntry("a", "1") + fileEntry("b", "") +
-         fileEntry("c", "not counted"));
-  EXPECT_EQ(unpacked(), (Tree{"CD", "CD/a", "CD/b"}));
-
+  unpack(text("[folder]") + folderEntry("CD", 5).substr(9) + text("?") + text("") +
+         text("[File]") + fileEntry("a", "1").substr(7) + folderEntry("none", -5) +
+         fileEntry("b", "") + fileEntry("c", "not counted"));
+  EXPECT_EQ(unpacked(), (Tree{"CD", "CD/a", "CD/b", "CD/none"}));
   unpack(fileEntry("alone", "x"));
   EXPECT_EQ(read(folder / "out/alone"), "x");
 }
 
-TEST_F(Archive, CutShortOrWithNumbersThatLieIsReadAsFarAsItGoes) {
+TEST_F(Archive, CutShortOrWithLengthsThatLieIsReadAsFarAsItGoes) {
   for (const std::size_t size : {0U, 5U, 20U, 30U, 50U, 62U, 66U, 80U, 97U}) {
     unpack(example.substr(0, size));
     EXPECT_EQ(unpacked().size(), size < 12 ? 0U : size < 43 ? 1U : size < 72 ? 2U : 3U) << size;
@@ -95,9 +86,7 @@ TEST_F(Archive, CutShortOrWithNumbersThatLieIsReadAsFarAsItGoes) {
 
   unpack(text("[FILE]") + text("long") + times + number(INT_MAX) + "all there is");
   unpack(text("[FILE]") + text("negative") + times + number(-1) + "not read");
-  unpack(folderEntry("none", -5) + fileEntry("a", ""));
-  EXPECT_EQ(read(folder / "out/long"), "all there is");
-  EXPECT_EQ(unpacked(), (Tree{"CD", "CD/X", "CD/a.txt", "long", "negative", "none"}));
+  EXPECT_EQ(read(folder / "out/long") + read(folder / "out/negative"), "all there is");
 
   std::string deep;
   for (int i = 0; i < 5000; ++i) deep += folderEntry("d", 1);
@@ -113,8 +102,7 @@ TEST_F(Archive, OfWrongKindsOrNothingDoesNothing) {
   for (const auto& destination : {nil, file, none}) gonfleur.Gonfler(file, destination);
   for (const auto& source : {nil, file, none}) gonfleur.Degonfler(source, none);
   for (const auto& archive : {nil, out}) gonfleur.Degonfler(out, archive);
-  EXPECT_TRUE(unpacked().empty());
-  EXPECT_FALSE(none->Exists());
+  EXPECT_EQ(treeOf(folder), (Tree{"file", "out"}));
 }
 
 TEST_F(Archive, KeepsTheCountOfAnUnreadableFileAnAliassTargetAndTheLowBitsOfItsLength) {

@@ -2,25 +2,33 @@
 
 #include "fuzz.h"
 #include "photos/scan.h"
+#include "platform/core/text.h"
 
 namespace orvelin::test {
 
-/// Any bytes as a picture: what the scan takes can be saved, and nothing else can.
+/// Any bytes as a photograph: what the scan takes can be saved, and nothing else can. In its place
+/// it is copied unchanged if four of its bytes say JFIF, otherwise as saved or, when nothing can be
+/// saved, left out, so that an older picture stays.
 void attempt(const std::string& bytes, const fs::path& folder) {
-  const fs::path file = folder / "file", saved = folder / "saved";
-  write(file, bytes);
+  const fs::path placed = folder / "dcim/100k6230/001.jpg", saved = folder / "saved";
+  write(placed, "older");
+  write(folder / "file", bytes);
+  const auto file = item(folder / "file");
   vips_concurrency_set(1);  // several workers can let a failure pass, as Picture knows
-  const bool taken = isOpenablePicture(item(file));
-  const auto picture = item(file)->OpenAsPicture();
-  expect(!taken || picture, "what is taken opens");
-  if (!picture) return;
-  item(saved)->SaveAsJPEG(picture);
+  const bool taken = isOpenablePicture(file);
+  const auto picture = file->OpenAsPicture();
+  if (picture) item(saved)->SaveAsJPEG(picture);
   const auto fits = [&] {
-    const auto image = vips::VImage::new_from_file(file.c_str());
+    const auto image = vips::VImage::new_from_file(file->Path().c_str());
     return image.width() <= 65500 && image.height() <= 65500;  // what a JPEG can be
   };
   expect(taken == fs::exists(saved) || (taken && !fits()), "what is taken can be saved");
-  expect(!fs::exists(saved) || read(saved).substr(6, 4) == "JFIF", "what is saved is JFIF");
+  const std::string converted = fs::exists(saved) ? read(saved) : "older";
+  expect(converted == "older" || converted.substr(6, 4) == "JFIF", "what is saved is JFIF");
+
+  DigiItem(file, item(folder), 0).BuildData();
+  const bool jfif = bytes.size() >= 10 && equalTexts(bytes.substr(6, 4), "JFIF");
+  expect(read(placed) == (jfif ? bytes : converted), "it is in its place");
 }
 
 }  // namespace orvelin::test
