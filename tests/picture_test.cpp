@@ -17,13 +17,6 @@ class Pictures : public FileTest {
     const auto picture = file->OpenAsPicture();
     return picture && picture->decodes();
   }
-  /// A JPEG with several hundred restart markers, all of them wrong.
-  std::string outOfStep() const {
-    std::string bytes = encoded(scene(), ".jpg[restart_interval=1,subsample_mode=off]");
-    for (std::size_t at = 1; at < bytes.size(); ++at)
-      if (bytes[at - 1] == '\xff' && (bytes[at] & 0xf8) == 0xd0) bytes[at] ^= 4;
-    return bytes;
-  }
   static bool decodesCompletely(const std::string& bytes) try {
     const char* options = bytes.starts_with("\xff\xd8") ? "[unlimited]" : "";
     auto image = vips::VImage::new_from_buffer(bytes.data(), bytes.size(), options);
@@ -88,8 +81,7 @@ TEST_F(Pictures, AreSavedAsJfifWithNothingBesideThePixels) {
 }
 
 TEST_F(Pictures, AreToldFromOtherFilesAsACompleteDecodeTellsThem) {
-  std::vector<std::string> files{encoded(scene(), ".jpg[interlace]"),
-                                 encoded(scene().extract_band(1), ".jpg"), outOfStep()};
+  std::vector<std::string> files;
   for (const auto& set : {fs::path(ORVELIN_SAMPLES), fs::path(ORVELIN_SEEDS) / "picture"})
     for (const auto& [name, bytes] : contentsOf(set)) files.push_back(bytes);
   constexpr std::size_t headers = 900;
@@ -123,14 +115,10 @@ TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
 TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
   EXPECT_TRUE(fs::exists(saved(encoded(vips::VImage::black(65500, 8), ".png"))));
   const std::string ffffPixelsASide("\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00", 10);
-  for (const auto& [name, at, from] :
-       {std::tuple{"aquarelle.png", 16U, 0U}, {"plan [2005].bmp", 18U, 2U}}) {
-    std::string bytes = read(sample(name));
-    bytes.replace(at, 8, ffffPixelsASide.substr(from, 8));
-    EXPECT_FALSE(opens(fileOf(bytes))) << name;
-  }
+  EXPECT_FALSE(opens(fileOf(read(sample("aquarelle.png")).replace(16, 8, ffffPixelsASide, 0, 8))));
+  EXPECT_FALSE(opens(fileOf(read(sample("plan [2005].bmp")).replace(18, 8, ffffPixelsASide, 2, 8))));
 
-  const std::string bytes = encoded(scene(), ".jpg[interlace]");
+  const std::string bytes = read(fs::path(ORVELIN_SEEDS) / "picture/interlaced");
   EXPECT_EQ(countScans(bytes), 10);
   EXPECT_TRUE(opens(fileOf(bytes)));
   const auto scan = bytes.rfind("\xff\xda");

@@ -30,15 +30,13 @@ Tree treeOf(const fs::path& folder) {
 
 std::vector<Colour> quarters(const fs::path& path) {
   const std::string bytes = read(path);
-  const auto image = vips::VImage::new_from_buffer(bytes.data(), bytes.size(), "");
+  const auto image = vips::VImage::new_from_buffer(bytes.data(), bytes.size(), "")
+                         .colourspace(VIPS_INTERPRETATION_sRGB);
   std::vector<Colour> colours;
   for (const int y : {1, 3})
     for (const int x : {1, 3}) {
       const auto pixel = image.getpoint(image.width() * x / 4, image.height() * y / 4);
-      const auto band = [&](std::size_t i) {
-        return static_cast<int>(pixel[pixel.size() < 3 ? 0 : i]);
-      };
-      colours.push_back({band(0), band(1), band(2)});
+      colours.push_back({int(pixel[0]), int(pixel[1]), int(pixel[2])});
     }
   return colours;
 }
