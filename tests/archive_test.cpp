@@ -68,9 +68,9 @@ TEST_F(Archive, OfTheExampleIsPackedToTheByte) {
 }
 
 TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {
-  unpack(text("[folder]") + folderEntry("CD", 5).substr(9) + text("?") + text("") +
-         text("[File]") + fileEntry("a", "1").substr(7) + folderEntry("none", -5) +
-         fileEntry("b", "") + fileEntry("c", "not counted"));
+  unpack(text("[folder]") + folderEntry("CD", 5).substr(9) + text("?") + text("") + text("[File]") +
+         fileEntry("a", "1").substr(7) + folderEntry("none", -5) + fileEntry("b", "") +
+         fileEntry("c", "not counted"));
   EXPECT_EQ(unpacked(), (Tree{"CD", "CD/a", "CD/b", "CD/none"}));
   unpack(fileEntry("alone", "x"));
   EXPECT_EQ(read(folder / "out/alone"), "x");

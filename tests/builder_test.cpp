@@ -12,8 +12,6 @@ TEST(Lookup, TakesTheFirstFolderThatHoldsTheSignatureAndNothingMore) {
     EXPECT_EQ(GetResource(appFolder, "datafile")->Path(), datafile);
     return fs::relative(datafile, fs::path(GetFolderItem("")->Path())).string();
   };
-  const fs::path before = fs::current_path();
-  fs::current_path("/");
   write(base / "1/PkgInfo", "APPLQvzt\n");
   write(base / "2/PkgInfo", "APPLQvz");
   write(base / "3/Contents/PkgInfo", "APPLQvzt");
@@ -23,21 +21,19 @@ TEST(Lookup, TakesTheFirstFolderThatHoldsTheSignatureAndNothingMore) {
   write(base / "9/PkgInfo", "applqvzt");
   EXPECT_EQ(found(), "9/Contents/Resources/datafile");
   for (const char* made : {"1", "2", "3", "9", "A"}) fs::remove_all(base / made);
-  fs::current_path(before);
 }
 
 class Build : public FileTest {
  protected:
   Build() {
-    fs::create_directories(folder / "photos");
-    fs::create_directories(folder / "CD");
-    state.inFol = item(folder / "photos");
-    state.outFol = item(folder / "CD");
+    fs::create_directory(photos);
+    fs::create_directory(folder / "CD");
   }
   void photo(const std::string& name, const std::string& from) {
-    write(folder / "photos" / name, read(sample(from)));
+    write(photos / name, read(sample(from)));
   }
-  BuildState state;
+  const fs::path photos = folder / "photos";
+  BuildState state{{}, item(photos), item(folder / "CD"), nullptr};
   const fs::path root = folder / "CD/DIGIFILM";
 };
 
@@ -83,11 +79,11 @@ TEST_F(Build, InsideThePhotoFolderTakesThePicturesOfAnEarlierOne) {
   photo("z.jpg", "vacances/plage.jpg");
   photo("zz.webp", "oiseau.webp");
   for (int i = 0; i < 2; ++i) {
-    state.outFol = item(folder / "photos");
+    state.outFol = item(photos);
     ASSERT_TRUE(buildDigiFilm(state));
   }
   // 001 and 002 of the first build come first and are copied onto themselves.
-  const fs::path placed = folder / "photos/DIGIFILM/dcim/100k6230";
+  const fs::path placed = photos / "DIGIFILM/dcim/100k6230";
   EXPECT_EQ(treeOf(placed), (Tree{"001.jpg", "002.jpg", "003.jpg", "004.jpg"}));
   EXPECT_EQ(read(placed / "001.jpg"), read(sample("vacances/plage.jpg")));
   EXPECT_EQ(read(placed / "003.jpg"), read(placed / "001.jpg"));

@@ -10,10 +10,10 @@
 #include <csignal>
 #include <cstdarg>
 #include <functional>
+#include <initializer_list>
 #include <random>
 #include <set>
 #include <thread>
-#include <tuple>
 #include <utility>
 
 #include "builder/driver.h"
@@ -152,16 +152,17 @@ class Faults : public FileTest {
 };
 
 TEST_F(Faults, OfTheDiskAtAnyWriteOrReadLeaveNothingHalf) {
-  const std::tuple<Patience*, bool, bool> ways[] = {{&writes, true, false},
-                                                    {&writes, true, true},
-                                                    {&writes, false, true},
-                                                    {&reads, true, false},
-                                                    {&reads, false, false}};
-  for (const auto& [calls, once, half] : ways)
-    for (int patience = 0, failures = 1; failures > 0; ++patience) {
-      SCOPED_TRACE(patience);
+  const Patience once{0, true}, onceByHalf{0, true, true}, everByHalf{0, false, true}, ever{0};
+  const std::initializer_list<std::pair<Patience*, Patience>> ways = {{&writes, once},
+                                                                      {&writes, onceByHalf},
+                                                                      {&writes, everByHalf},
+                                                                      {&reads, once},
+                                                                      {&reads, ever}};
+  for (auto [calls, way] : ways)
+    for (int failures = 1; failures > 0; ++way.left) {
+      SCOPED_TRACE(way.left);
       write(cd / "DIGIFILM/dcim/100k6230/002.jpg", calm.at("DIGIFILM/dcim/100k6230/003.jpg"));
-      *calls = {patience, once, half};
+      *calls = way;
       build(cd);
       failures = std::exchange(*calls, {}).failures;
       expectNothingHalf(calls == &reads);

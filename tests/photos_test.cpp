@@ -21,8 +21,7 @@ TEST_F(Items, AreFoldedIntoFiftyAndThenFiftyOnes) {
                                      {22949, "1000k6230/22950.jpg"}}) {
     const DigiItem digiItem(item(sample(".cachée.jpg")), item(folder), index);
     EXPECT_TRUE(fs::is_directory((folder / "dcim" / place).parent_path())) << "before any copy";
-    EXPECT_NE(digiItem.BuildData().find("FILE=/dcim/" + std::string(place) + "\r\n"),
-              std::string::npos);
+    EXPECT_EQ(digiItem.BuildData().find("FILE=/dcim/" + std::string(place) + "\r\n"), 14U);
     EXPECT_EQ(read(folder / "dcim" / place), read(sample(".cachée.jpg")));
   }
   EXPECT_THROW(DigiItem(item(folder), nullptr, 0), NilObjectException);

@@ -116,7 +116,8 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
   EXPECT_TRUE(fs::exists(saved(encoded(vips::VImage::black(65500, 8), ".png"))));
   const std::string ffffPixelsASide("\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00", 10);
   EXPECT_FALSE(opens(fileOf(read(sample("aquarelle.png")).replace(16, 8, ffffPixelsASide, 0, 8))));
-  EXPECT_FALSE(opens(fileOf(read(sample("plan [2005].bmp")).replace(18, 8, ffffPixelsASide, 2, 8))));
+  EXPECT_FALSE(
+      opens(fileOf(read(sample("plan [2005].bmp")).replace(18, 8, ffffPixelsASide, 2, 8))));
 
   const std::string bytes = read(fs::path(ORVELIN_SEEDS) / "picture/interlaced");
   EXPECT_EQ(countScans(bytes), 10);

@@ -38,8 +38,7 @@ TEST_F(Names, AreListedHiddenOnesTooInTheOrderOfTheirBytes) {
   ASSERT_EQ(base->Count(), 7);
   int index = 0;
   for (const char* name : names) EXPECT_EQ(base->Item(++index)->Name(), name);
-  EXPECT_FALSE(base->Item(0));
-  EXPECT_FALSE(base->Item(8)) << "there are seven";
+  EXPECT_FALSE(base->Item(0) || base->Item(8)) << "there are seven";
   setTime(folder, 1'000'000'000);
   EXPECT_EQ(base->Count(), 7);
   write(folder / "~", "");
@@ -53,38 +52,29 @@ using Files = FileTest;
 
 TEST_F(Files, ThatAreNotRegularAreNeverOpened) {
   ::mkfifo((folder / "fifo").c_str(), 0666);
-  for (const fs::path& path : {folder / "fifo", folder, fs::path("/dev/zero")}) {
-    EXPECT_FALSE(item(path)->OpenAsBinaryFile()) << path;
-    EXPECT_FALSE(item(path)->OpenAsPicture()) << path;
-    EXPECT_FALSE(item(path)->CreateBinaryFile("text")) << path;
-  }
+  for (const auto& file : {item(folder / "fifo"), item(folder), item("/dev/zero")})
+    EXPECT_FALSE(file->OpenAsBinaryFile() || file->OpenAsPicture() || file->CreateBinaryFile(""))
+        << file->Path();
 }
 
 TEST_F(Files, AreCreatedEmptyAndNeverThroughALink) {
   write(folder / "old", "long old content");
-  item(folder / "old")->CreateBinaryFile("text")->Write("new");
-  EXPECT_EQ(read(folder / "old"), "new");
-
   fs::create_symlink("old", folder / "link");
-  item(folder / "link")->CreateBinaryFile("text")->Write("other");
+  for (const char* name : {"old", "link"})
+    item(folder / name)->CreateBinaryFile("text")->Write(name);
   EXPECT_FALSE(fs::is_symlink(folder / "link"));
-  EXPECT_EQ(read(folder / "old"), "new");
+  EXPECT_EQ(read(folder / "old"), "old");
 }
 
 TEST_F(Files, AreCopiedWithTheirTimeAndOrdinaryPermissions) {
   write(folder / "source", std::string(300'000, 'x') + "end");
   setTime(folder / "source", 1'000'000'000);
   fs::permissions(folder / "source", fs::perms::owner_read);
-  write(folder / "precious", "precious");
-  fs::create_symlink("precious", folder / "target");
-
+  fs::create_symlink("source", folder / "target");
   item(folder / "source")->CopyFileTo(item(folder / "target"));
   EXPECT_EQ(read(folder / "target"), read(folder / "source"));
-  EXPECT_EQ(read(folder / "precious"), "precious");
-  struct stat status {};
-  ::stat((folder / "target").c_str(), &status);
-  EXPECT_EQ(status.st_mtime, 1'000'000'000);
-  EXPECT_TRUE(status.st_mode & S_IWUSR);
+  EXPECT_EQ(fs::last_write_time(folder / "target"), fs::last_write_time(folder / "source"));
+  EXPECT_NE(fs::status(folder / "target").permissions() & fs::perms::owner_write, fs::perms::none);
 }
 
 TEST(Dates, ThatAreNotKnownReadTheFirstOf1970) {
