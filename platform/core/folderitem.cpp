@@ -134,7 +134,7 @@ Ref<FolderItem> FolderItem::Item(int index) {
     return Failure{"Impossible de désigner l'élément n° " + std::to_string(index) + " de", path_,
                    "le dossier n'en a pas autant"};
   const Entry& entry = (*listing_)[static_cast<std::size_t>(index) - 1];
-  const auto item = makeRef<FolderItem>(childPath(entry.name));
+  auto item = makeRef<FolderItem>(childPath(entry.name));
   std::error_code error;
   if (entry.type != DT_LNK && entry.type != DT_UNKNOWN)
     item->listedAsFolder_ = entry.type == DT_DIR;
