@@ -96,12 +96,18 @@ bool File::close() {
 
 namespace {
 
+constexpr std::string_view mark = ".orvelin";
+
 std::string besideName(const std::string& path) {
   const auto name = path.rfind('/') + 1;
-  return path.substr(0, name) + "." + path.substr(name) + ".orvelin";
+  return path.substr(0, name) + "." + path.substr(name) + std::string(mark);
 }
 
 }  // namespace
+
+bool WholeFile::isLeftover(std::string_view name) {
+  return name.starts_with('.') && name.ends_with(mark);
+}
 
 WholeFile::WholeFile(const std::string& path)
     : path_(path), beside_(besideName(path)), file_(File::createNew(beside_)) {}

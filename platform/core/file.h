@@ -54,6 +54,8 @@ class File {
 /// is replaced.
 class WholeFile {
  public:
+  /// Whether a file of that name is what an interrupted run left.
+  static bool isLeftover(std::string_view name);
   explicit WholeFile(const std::string& path);
   WholeFile(const WholeFile&) = delete;
   WholeFile& operator=(const WholeFile&) = delete;
