@@ -10,6 +10,9 @@ namespace orvelin {
 
 namespace {
 
+// More than any path has levels: who is deeper follows aliases that lead to others, endlessly.
+constexpr std::size_t deepest = 4096;
+
 /// One walk; `within_` are the folders from the first one down to the one being walked.
 class Walk {
  public:
@@ -17,6 +20,7 @@ class Walk {
 
   void folder(FolderItem& folder) {
     const auto identity = folder.identity();
+    if (within_.size() > deepest) return;
     if (std::find(within_.begin(), within_.end(), identity) != within_.end()) return;
     within_.push_back(identity);
     const int count = folder.Count();
