@@ -70,7 +70,7 @@ void BinaryStream::WriteLong(std::int32_t number) {
 void BinaryStream::Close() {
   if (!file_.isOpen()) return;
   flush();
-  if (!file_.close()) reportOnce("Impossible d'écrire tout le fichier");
+  if (!file_.close() && use_ == Use::Writing) reportOnce("Impossible d'écrire tout le fichier");
   buffer_.clear();
   taken_ = 0;
 }
@@ -80,7 +80,7 @@ std::string_view BinaryStream::Peek(std::size_t count) {
     buffer_.erase(0, taken_);
     taken_ = 0;
     std::size_t held = buffer_.size();
-    buffer_.resize(held + bufferSize);
+    buffer_.resize(held + std::max(count, bufferSize));
     while (held < count) {
       const std::size_t more = readSome(buffer_.data() + held, buffer_.size() - held);
       held += more;

@@ -43,7 +43,10 @@ bool isJPEG(const Picture::Format& format) { return &format == &formats[0]; }
 
 std::atomic<bool> damageSeen;
 
-void noteDamage(const gchar*, GLogLevelFlags, const gchar*, gpointer) { damageSeen = true; }
+void noteDamage(const gchar*, GLogLevelFlags, const gchar* warning, gpointer) {
+  // A profile or a remark that libvips says it is ignoring has cost no pixel.
+  if (std::string_view(warning).find("ignoring") == std::string_view::npos) damageSeen = true;
+}
 
 /// libvips, started when it is first needed and stopped at the end of the program.
 class Vips {
@@ -94,9 +97,9 @@ VImage load(const std::string& bytes, const Picture::Format& format) {
 
 VImage onWhite(const VImage& image) {
   if (!image.has_alpha()) return image;
-  const bool wide = image.format() == VIPS_FORMAT_USHORT;
-  const double white = wide ? 65535 : 255;
-  return image.flatten(VImage::option()->set("background", white)->set("max_alpha", white));
+  const double most = image.format() == VIPS_FORMAT_USHORT ? 65535 : 255;
+  const double white = image.interpretation() == VIPS_INTERPRETATION_CMYK ? 0 : most;  // no ink
+  return image.flatten(VImage::option()->set("background", white)->set("max_alpha", most));
 }
 
 /// 8-bit sRGB, or grey where the picture is grey and has no profile.
