@@ -26,7 +26,7 @@ Ref<FolderItem> SelectFolder() {
   const DialogOpening opening;
   // Every choice begins at home: not among the photographs, when it is the destination's turn. The
   // desktop's own dialog would have no title.
-  QFileDialog dialog(mainWindow(), QFileDialog::tr("Find Directory"), QDir::homePath());
+  QFileDialog dialog(mainWindow(), "Choisir un dossier", QDir::homePath());
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setSupportedSchemes({"file"});
