@@ -10,22 +10,19 @@ fail() {
 
 [ ! -e "$out" ] || [ -e "$out/orvelin.log" ] || fail "$out holds something else; move it away"
 rm -rf "$out"
-mkdir -p "$out/home"
+mkdir -p "$out/.run"
 touch "$out/orvelin.log"
-chmod 700 "$out/home"
-export HOME=$out/home XDG_RUNTIME_DIR=$out/home QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8 TZ=Europe/Paris
+chmod 700 "$out/.run"
+# The program's folder dialogs begin at home, so that a name is all there is to type.
+export HOME=$out XDG_RUNTIME_DIR=$out/.run QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8 TZ=Europe/Paris
 unset WAYLAND_DISPLAY
-
-# What is typed must be on any keyboard, whatever the path of `out` is.
-typed=$(mktemp -d)
-ln -s "$out" "$typed/out"
-trap 'kill $(jobs -p) 2>/dev/null || true; wait 2>/dev/null || true; rm -r "$typed"' EXIT
+trap 'kill $(jobs -p) 2>/dev/null || true; wait 2>/dev/null || true' EXIT
 
 exec 3<> <(:)
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset >"$out/home/xvfb.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset >"$out/.run/xvfb.log" 2>&1 &
 read -r -t 30 -u 3 number || fail "the virtual display does not start"
 export DISPLAY=:$number
-openbox >"$out/home/openbox.log" 2>&1 &
+openbox >"$out/.run/openbox.log" 2>&1 &
 for _ in $(seq 300); do
   ! xdotool get_num_desktops >/dev/null 2>&1 || break # the window manager is there
   sleep 0.1
@@ -66,7 +63,7 @@ start() {
 choose() {
   click 217 $((42 * $1 - 8))
   gone=$main await .
-  xdotool type --delay 5 "$typed/out/$2"
+  xdotool type --delay 20 "$2"
   sleep 0.3
   [ -z "${3:-}" ] || shot "$3"
   xdotool key Return
