@@ -73,10 +73,8 @@ TEST_F(Pictures, OfDeepColourGreyAndTransparencyKeepTheirTones) {
 }
 
 TEST_F(Pictures, AreSavedAsJfifWithNothingBesideThePixels) {
-  const fs::path result = saved(read(sample("IMG_0005.JPG")));
-  EXPECT_EQ(read(result).find("Exif"), std::string::npos);
-  const auto image = vips::VImage::new_from_file(result.c_str());
-  EXPECT_EQ(image.get_typeof(VIPS_META_ICC_NAME), 0U);
+  const auto image = vips::VImage::new_from_file(saved(read(sample("IMG_0005.JPG"))).c_str());
+  EXPECT_EQ(image.get_typeof(VIPS_META_EXIF_NAME) + image.get_typeof(VIPS_META_ICC_NAME), 0U);
   EXPECT_STREQ(image.get_string("jpeg-chroma-subsample"), "4:2:0");
 }
 

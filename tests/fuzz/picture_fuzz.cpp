@@ -14,7 +14,7 @@ void attempt(const std::string& bytes, const fs::path& folder) {
   write(placed, "older");
   write(folder / "file", bytes);
   const auto file = item(folder / "file");
-  vips_concurrency_set(1);  // several workers can let a failure pass, as Picture knows
+  vips_concurrency_set(1);  // several workers can let a failure pass
   const bool taken = isOpenablePicture(file);
   const auto picture = file->OpenAsPicture();
   if (picture) item(saved)->SaveAsJPEG(picture);

@@ -3,7 +3,7 @@
 
 namespace orvelin::test {
 
-/// Any time and name of a picture: its record in the order file holds them as they are.
+/// Any time and name of a picture: its record in the order file holds the name as it is.
 void attempt(const std::string& bytes, const fs::path& folder) {
   if (bytes.size() < 6) return;
   std::int64_t time = 0;
@@ -18,11 +18,10 @@ void attempt(const std::string& bytes, const fs::path& folder) {
 
   const std::string order = read(folder / "order");
   const std::string record =
-      "[Std]\r\nQTY=1\r\nFILE=/dcim/100k6230/001.jpg\r\nORIGINAL=/dcim/"
-      "100k6230/" +
-      name + "\r\nTIMESTAMP=0x";
+      "[Std]\r\nQTY=1\r\nFILE=/dcim/100k6230/001.jpg\r\nORIGINAL=/dcim/100k6230/" + name +
+      "\r\nTIMESTAMP=0x";
   expect(order.substr(236, record.size()) == record, "the record follows the header");
-  const auto end = order.find_first_not_of("-0123456789abcdef", 236 + record.size());
+  const auto end = order.find_first_not_of("0123456789abcdef", 236 + record.size());
   expect(end > 236 + record.size(), "there is a time stamp");
   expect(order.size() - end == 4 + 35 && order.substr(end, 4) == "\r\n\r\n", "the trailer follows");
   expect(read(folder / "dcim/100k6230/001.jpg") == "123456JFIF", "the picture is in its place");
