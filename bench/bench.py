@@ -10,9 +10,7 @@ import time
 from pathlib import Path
 
 PAIRS = 5
-quick = sys.argv[1:] == ["--quick"]
-if sys.argv[1:] and not quick:
-    sys.exit("usage: script/bench [--quick]")
+quick = "--quick" in sys.argv
 bench = Path("build/bench").resolve()
 work = bench / "work/Orvelin.app/Contents/Linux/orvelin-work"
 out = bench / "out"
@@ -157,7 +155,7 @@ def quality():
                 worst[peer] = [min(low, decibels - psnr(theirs, reference)),
                                max(high, mine.stat().st_size / theirs.stat().st_size)]
     for peer, (difference, size) in worst.items():
-        row("PSNR below a peer's, worst case (dB)", peer, None, None, -difference, 0.5)
+        row("PSNR below a peer's, worst (dB; < 0: above)", peer, None, None, -difference, 0.5)
         row("size to a peer's, worst case", peer, None, None, size, 1.1)
 
 
