@@ -51,14 +51,11 @@ void expectScene(const fs::path& path, Colour bottomRight, int tolerance) {
 }
 
 Scratch::Scratch() {
+  VIPS_INIT("orvelin tests");
   std::string pattern = (fs::temp_directory_path() / "orvelin-XXXXXX").string();
   folder = ::mkdtemp(pattern.data());
 }
 
 Scratch::~Scratch() { fs::remove_all(folder); }
-
-FileTest::FileTest() {
-  VIPS_INIT("orvelin tests");  // the tests use libvips by themselves as well
-}
 
 }  // namespace orvelin::test

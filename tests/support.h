@@ -47,7 +47,7 @@ std::vector<Colour> quarters(const fs::path& path);
 /// Expects the scene that all samples show, upright.
 void expectScene(const fs::path& path, Colour bottomRight = {224, 224, 0}, int tolerance = 30);
 
-/// An empty folder, removed with all it holds.
+/// An empty folder, removed with all it holds; libvips is started, for tests use it by themselves.
 struct Scratch {
   Scratch();
   Scratch(const Scratch&) = delete;
@@ -57,9 +57,6 @@ struct Scratch {
 };
 
 /// A test on real files, in a folder of its own.
-class FileTest : public testing::Test, protected Scratch {
- protected:
-  FileTest();
-};
+class FileTest : public testing::Test, protected Scratch {};
 
 }  // namespace orvelin::test

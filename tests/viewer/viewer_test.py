@@ -125,12 +125,10 @@ class Viewer(unittest.TestCase):
     def test_is_operated_by_touch_on_a_telephone(self):
         self.open('160', size=(360, 640))
         self.find('#grid button')[0].click()
-        self.run_script('''
-            const at = x => [new Touch({identifier: 1, target: picture, clientX: x, clientY: 9})];
-            for (const [name, x] of [['touchstart', 300], ['touchend', 100]])
-              picture.dispatchEvent(new TouchEvent(name,
-                {bubbles: true, touches: name === 'touchend' ? [] : at(x), changedTouches: at(x)}));
-        ''')
+        for kind, points in (('touchStart', [{'x': 300, 'y': 300}]),
+                             ('touchMove', [{'x': 100, 'y': 310}]), ('touchEnd', [])):
+            self.browser.execute_cdp_cmd('Input.dispatchTouchEvent',
+                                         {'type': kind, 'touchPoints': points})
         self.shows(2)
         self.browser.save_screenshot(folder / 'viewer-telephone.png')
 
