@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/core/background.h"
+#include "platform/core/file.h"
 
 namespace orvelin {
 
@@ -35,7 +36,7 @@ class Walk {
   void entry(const Ref<FolderItem>& entry) {
     if (entry->Directory())
       folder(*entry);
-    else if (isOpenablePicture(entry))
+    else if (!WholeFile::isLeftover(entry->Name()) && isOpenablePicture(entry))
       tabItem_.push_back(
           makeRef<DigiItem>(entry, outFol_, static_cast<std::int32_t>(tabItem_.size())));
   }

@@ -121,8 +121,7 @@ void FolderItem::list() {
       break;
     }
     std::string name = entry->d_name;
-    if (name != "." && name != ".." && !WholeFile::isLeftover(name))
-      listing_->push_back({std::move(name), entry->d_type});
+    if (name != "." && name != "..") listing_->push_back({std::move(name), entry->d_type});
   }
   if (error) report(Failure::ofSystem("Impossible de parcourir le dossier", path_, error));
   std::sort(listing_->begin(), listing_->end(),

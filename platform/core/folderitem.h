@@ -36,9 +36,8 @@ class FolderItem {
 
   /// The item of that name in this folder, existing or not; nil for a name that can designate none.
   Ref<FolderItem> Child(const std::string& name) const;
-  /// How many entries the folder has now, hidden ones included but nothing half that an interrupted
-  /// run left, listed in ascending order of the bytes of their names; 0, told on standard error,
-  /// when it can't be listed.
+  /// How many entries the folder has now, hidden ones included, listed in ascending order of the
+  /// bytes of their names; 0, told on standard error, when it can't be listed.
   int Count();
   /// The entry at an index from 1 of the last listing, nil outside it. An alias gives its target;
   /// one that leads nowhere gives an item that does not exist.
