@@ -87,6 +87,7 @@ TEST_F(Archive, CutShortOrWithLengthsThatLieIsReadAsFarAsItGoes) {
   unpack(text("[FILE]") + text("long") + times + number(INT_MAX) + "all there is");
   unpack(text("[FILE]") + text("negative") + times + number(-1) + "not read");
   EXPECT_EQ(read(folder / "out/long") + read(folder / "out/negative"), "all there is");
+  EXPECT_EQ(unpacked(), (Tree{"CD", "CD/X", "CD/a.txt", "long", "negative"}));
 
   std::string deep;
   for (int i = 0; i < 5000; ++i) deep += folderEntry("d", 1);

@@ -203,7 +203,11 @@ TEST_F(WindowTest, BuildsTheSameUnderAStormOfInputAndThenClosesAsAsked) {
       if (dialog) QTest::keyClick(dialog, Qt::Key_Return);
     });
   };
-  EXPECT_EQ(statusAfter([&] { build(storm); }), 0);
+  EXPECT_EQ(statusAfter([&] {
+              build(storm);
+              EXPECT_FALSE(QGuiApplication::overrideCursor());
+            }),
+            0);
   EXPECT_EQ(message, "Votre DigiFilm est créé !");
   EXPECT_EQ(dialogs, 3) << "two folders and one message";
   EXPECT_EQ(contentsOf(folder / "CD/DIGIFILM"), contentsOf(folder / "DIGIFILM"));

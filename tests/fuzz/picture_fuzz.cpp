@@ -23,6 +23,7 @@ void attempt(const std::string& bytes, const fs::path& folder) {
     return image.width() <= 65500 && image.height() <= 65500;  // what a JPEG can be
   };
   expect(taken == fs::exists(saved) || (taken && !fits()), "what is taken can be saved");
+  expect(!fs::exists(saved) || read(saved).substr(6, 4) == "JFIF", "what is saved is JFIF");
 
   DigiItem(file, item(folder), 0).BuildData();
   const std::string result = read(placed);
