@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QFontDatabase>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <utility>
@@ -19,6 +20,21 @@ QFont fontOf(const Appearance& appearance) {
   font.setBold(appearance.bold);
   return font;
 }
+
+/// A button that Return and Enter press too. The toolkit's own are pressed by them only while they
+/// are the window's default button.
+class Button : public QPushButton {
+ public:
+  using QPushButton::QPushButton;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+      click();
+    else
+      QPushButton::keyPressEvent(event);
+  }
+};
 
 }  // namespace
 
@@ -47,10 +63,9 @@ void StaticText::labels(const RectControl& control) {
 
 PushButton::PushButton(QWidget& content, const std::string& name, const Appearance& appearance,
                        const std::function<void()>& action)
-    : RectControl(std::make_unique<QPushButton>(QString::fromStdString(appearance.text), &content),
-                  name, appearance) {
-  auto& button = static_cast<QPushButton&>(widget());
-  button.setAutoDefault(true);  // without it the toolkit lets only space press it
+    : RectControl(std::make_unique<Button>(QString::fromStdString(appearance.text), &content), name,
+                  appearance) {
+  auto& button = static_cast<Button&>(widget());
   QObject::connect(&button, &QPushButton::clicked, [action] { performAction(action); });
 }
 

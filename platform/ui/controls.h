@@ -46,11 +46,11 @@ class StaticText : public RectControl {
  public:
   StaticText(QWidget& content, const std::string& name, const Appearance& appearance);
 
-  /// Tells screen readers that this text is the other control's label.
+  /// Makes this text the other control's label for screen readers.
   void labels(const RectControl& control);
 };
 
-/// A button that space and return press while it has the keyboard; never a window's default.
+/// A button that Space, Return and Enter press while it has the focus; never a window's default.
 class PushButton : public RectControl {
  public:
   PushButton(QWidget& content, const std::string& name, const Appearance& appearance,
