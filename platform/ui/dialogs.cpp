@@ -6,6 +6,7 @@
 #include <QFileDialog>
 #include <QMainWindow>
 #include <QMessageBox>
+#include <QUrl>
 
 #include "platform/ui/useraction.h"
 
@@ -20,19 +21,32 @@ QWidget* mainWindow() {
   return nullptr;
 }
 
+/// The path in a file URL, byte for byte: the toolkit's own decoding loses names that are no UTF-8.
+std::string pathOf(const QUrl& url) {
+  return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
+}
+
 }  // namespace
 
 Ref<FolderItem> SelectFolder() {
   const DialogOpening opening;
-  // Every choice begins at home: not among the photographs, when it is the destination's turn. The
-  // desktop's own dialog would have no title.
+  // Every choice starts at home, or the second would start among the photographs. The desktop's own
+  // dialog would have no title.
   QFileDialog dialog(mainWindow(), "Choisir un dossier", QDir::homePath());
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setSupportedSchemes({"file"});
   dialog.setViewMode(QFileDialog::List);
-  if (dialog.exec() != QDialog::Accepted) return nullptr;
-  return makeRef<FolderItem>(QFile::encodeName(dialog.selectedFiles().constFirst()).toStdString());
+  while (dialog.exec() == QDialog::Accepted) {
+    const QUrl url = dialog.selectedUrls().constFirst();
+    auto folder = makeRef<FolderItem>(pathOf(url));
+    if (folder->Directory()) return folder;
+    // Some desktops return another path than the one chosen. In the words of the toolkit's dialog:
+    const QString notFound = QFileDialog::tr(
+        "%1\nDirectory not found.\nPlease verify the correct directory name was given.");
+    QMessageBox::warning(mainWindow(), dialog.windowTitle(), notFound.arg(url.fileName()));
+  }
+  return nullptr;
 }
 
 void MsgBox(const std::string& text) {

@@ -7,7 +7,7 @@
 
 namespace orvelin {
 
-/// Lets the user choose a folder in the desktop's own dialog; nil when the user cancels.
+/// Lets the user choose an existing folder in the desktop's own dialog; nil when the user cancels.
 Ref<FolderItem> SelectFolder();
 
 /// Shows `text`, UTF-8 and never taken for markup, in a modal box with one button and waits until
