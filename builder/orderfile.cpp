@@ -34,6 +34,7 @@ void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem) {
 
   const std::size_t count = tabItem.size();
   for (std::size_t i = 0; i < count; ++i) {
+    stream->Flush();  // a killed build leaves the records of all pictures but the last
     stream->Write(tabItem[i]->BuildData());
     line("");
     line("");

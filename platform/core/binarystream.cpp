@@ -46,7 +46,7 @@ std::int32_t BinaryStream::ReadLong() {
 }
 
 void BinaryStream::Write(std::string_view bytes) {
-  if (buffer_.size() + bytes.size() > bufferSize) flush();
+  if (buffer_.size() + bytes.size() > bufferSize) Flush();
   if (bytes.size() < bufferSize)
     buffer_ += bytes;
   else if (!failed_ && !file_.write(bytes))
@@ -69,7 +69,7 @@ void BinaryStream::WriteLong(std::int32_t number) {
 
 void BinaryStream::Close() {
   if (!file_.isOpen()) return;
-  flush();
+  Flush();
   if (!file_.close() && use_ == Use::Writing) reportOnce("Impossible d'écrire tout le fichier");
   buffer_.clear();
   taken_ = 0;
@@ -104,7 +104,7 @@ std::size_t BinaryStream::readSome(char* bytes, std::size_t count) {
   return got;
 }
 
-void BinaryStream::flush() {
+void BinaryStream::Flush() {
   if (use_ == Use::Reading) return;
   if (!failed_ && !file_.write(buffer_)) reportOnce("Impossible d'écrire tout le fichier");
   buffer_.clear();

@@ -8,9 +8,9 @@
 
 namespace orvelin {
 
-/// A stream of bytes over a file, opened either to read or to write; closed when it is released.
-/// A read past the end yields an empty text or zero and is no failure. A write that fails is told
-/// on standard error once; the file stays as far as it got.
+/// A stream of bytes over a file, opened either to read or to write; the destructor closes it. A
+/// read past the end yields an empty text or zero and is no failure. The first read or write that
+/// fails is logged; the file stays as it is then.
 class BinaryStream {
  public:
   enum class Use { Reading, Writing };
@@ -41,15 +41,16 @@ class BinaryStream {
   void WritePString(std::string_view text);
   void WriteDouble(double number);
   void WriteLong(std::int32_t number);
-  /// Whether the system has failed to read or write something, told on standard error by then.
+  /// Writes the buffer to the file.
+  void Flush();
+  /// Whether a read or write of the system has failed so far.
   bool failed() const { return failed_; }
-  /// Writes out what is buffered and closes the file; nothing can be read or written afterwards.
+  /// Writes the buffer and closes the file; nothing can be read or written afterwards.
   void Close();
 
  private:
   std::string take(std::size_t count);
   std::size_t readSome(char* bytes, std::size_t count);
-  void flush();
   void reportOnce(const char* action);
   std::uint64_t readNumber(std::size_t width);
   void writeNumber(std::uint64_t number, std::size_t width);
