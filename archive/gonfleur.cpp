@@ -14,7 +14,7 @@ EntryHead headOf(const FolderItem& item, std::int32_t number) {
   return {item.Name(), item.ModificationDate(), item.CreationDate(), number};
 }
 
-/// A file's length as its entry can tell it: the low 32 bits, read as a signed number.
+/// A file's length as an entry stores it: the low 32 bits, as a signed number.
 std::int32_t storedLength(const BinaryStream& file) {
   return static_cast<std::int32_t>(file.Length() & 0xffffffff);
 }
@@ -54,10 +54,14 @@ void GonfleurClass::Degonfler(const Ref<FolderItem>& source, const Ref<FolderIte
   if (!source->Directory() || archive->Directory()) return;
   const Ref<BinaryStream> stream = archive->CreateBinaryFile("text");
   if (!stream) return report(*stream.why());
-  stream->LittleEndian(false);
-  stream->WritePString(folderTag);
-  writeHead(*stream, headOf(*source, source->Count()));
-  compressing(*stream, *source);
+  packFolder(*stream, *source);
+}
+
+void GonfleurClass::packFolder(BinaryStream& archive, FolderItem& folder) {
+  archive.LittleEndian(false);
+  archive.WritePString(folderTag);
+  writeHead(archive, headOf(folder, folder.Count()));
+  compressing(archive, folder);
 }
 
 void GonfleurClass::compressing(BinaryStream& stream, FolderItem& folder) {
@@ -65,9 +69,7 @@ void GonfleurClass::compressing(BinaryStream& stream, FolderItem& folder) {
   for (int i = 1; i <= count; ++i) {
     const Ref<FolderItem> item = folder.Item(i);
     if (item->Directory()) {
-      stream.WritePString(folderTag);
-      writeHead(stream, headOf(*item, item->Count()));
-      compressing(stream, *item);
+      packFolder(stream, *item);
     } else if (const Ref<BinaryStream> file = item->OpenAsBinaryFile()) {
       const std::int32_t length = storedLength(*file);
       stream.WritePString(fileTag);

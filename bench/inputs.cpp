@@ -9,6 +9,7 @@
 #include <vips/vips8>
 
 #include "platform/core/jpegmarkers.h"
+#include "platform/core/standardstreams.h"
 
 // Makes the files that the benchmark works on. The same call always makes the same files.
 
@@ -135,6 +136,7 @@ void makeTree(const fs::path& folder, int count) {
 }  // namespace
 
 int main(int argc, char** argv) try {
+  orvelin::secureStandardStreams();
   if (argc != 4) {
     std::cerr
         << "usage: orvelin-inputs jfif|exif|tiff|lzw|png|heic|small|large|tree COUNT FOLDER\n";

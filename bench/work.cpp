@@ -3,12 +3,14 @@
 
 #include "archive/gonfleur.h"
 #include "builder/driver.h"
+#include "platform/core/standardstreams.h"
 
 using namespace orvelin;
 
 /// What the program does without its window, for those who measure or disturb it. Paths are
 /// absolute; the destination exists.
 int main(int argc, char** argv) try {
+  secureStandardStreams();
   const std::string work = argc == 4 ? argv[1] : "";
   if (work != "build" && work != "unpack" && work != "pack") {
     std::cerr << "usage: orvelin-work build PHOTOS DESTINATION\n"

@@ -3,10 +3,12 @@
 #include <iostream>
 
 #include "platform/core/background.h"
+#include "platform/core/standardstreams.h"
 #include "platform/ui/useraction.h"
 
 /// Prints how many nanoseconds one yield takes, inside an action, while nothing waits.
 int main(int argc, char** argv) {
+  orvelin::secureStandardStreams();
   const QApplication application(argc, argv);
   constexpr int calls = 50'000'000;
   orvelin::installBackgroundTask(orvelin::letDesktopIn);

@@ -6,6 +6,7 @@
 #include "builder/orderfile.h"
 #include "builder/resourcelookup.h"
 #include "photos/scan.h"
+#include "photos/unfinished.h"
 #include "platform/core/resourcefork.h"
 
 namespace orvelin {
@@ -23,6 +24,7 @@ void writeResource(int id, const FolderItem& target) {
 bool buildDigiFilm(BuildState& state) {
   if (!state.inFol || !state.outFol) return false;
 
+  forgetReports();
   state.tabItem.clear();
   state.outFol = state.outFol->Child("DIGIFILM");
   state.outFol->CreateAsFolder();
@@ -35,6 +37,7 @@ bool buildDigiFilm(BuildState& state) {
   writeResource(129, *state.outFol->Child("autorun.inf"));
 
   GonfleurClass().Gonfler(GetResource(state.appFolder, "datafile"), state.outFol);
+  deleteUnfinished(*state.outFol);
   return true;
 }
 

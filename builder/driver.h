@@ -4,9 +4,10 @@
 
 namespace orvelin {
 
-/// Builds the DigiFilm of `state.inFol` inside `state.outFol`, in one pass, and answers whether it
-/// ran: without both folders nothing happens. Nothing that is there is deleted. `state.outFol` is
-/// the new DIGIFILM folder afterwards, so that a build made at once again lies inside this one.
+/// Builds the DigiFilm of `state.inFol` inside `state.outFol`, in one pass. False, without doing
+/// anything, when one of the folders is nil. Deletes nothing but what a killed build left
+/// unfinished. Afterwards `state.outFol` is the new DIGIFILM folder, so that the next build goes
+/// inside it.
 bool buildDigiFilm(BuildState& state);
 
 }  // namespace orvelin

@@ -6,7 +6,10 @@ namespace orvelin {
 bool DigiItem::isJPEG(const Ref<FolderItem>& f) {
   if (!f) return false;
   const Ref<BinaryStream> stream = f->OpenAsBinaryFile();
-  if (!stream) return false;
+  if (!stream) {
+    report(*stream.why());
+    return false;
+  }
   // The four letters alone decide; a JPEG that begins with another segment is converted.
   stream->Read(6);
   return equalTexts(stream->Read(4), "JFIF");

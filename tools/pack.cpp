@@ -1,26 +1,61 @@
 #include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "archive/gonfleur.h"
+#include "platform/core/descent.h"
+#include "platform/core/standardstreams.h"
 
 using namespace orvelin;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Whether symlinks below the folder lead back into a folder above them, or on without end.
+bool hasCycle(FolderItem& folder, Descent& descent) {
+  if (!descent.enter(folder)) return true;
+  const int count = folder.Count();
+  for (int i = 1; i <= count; ++i)
+    if (const auto entry = folder.Item(i); entry->Directory() && hasCycle(*entry, descent))
+      return true;
+  descent.leave();
+  return false;
+}
+
+/// Packs the folder. False, with the reason logged, when the archive is not complete.
+bool pack(FolderItem& folder, const FolderItem& archive) try {
+  const Ref<BinaryStream> stream = archive.CreateBinaryFile("text");
+  GonfleurClass::packFolder(*stream, folder);
+  stream->Close();
+  return !stream->failed();
+} catch (const NilObjectException& failure) {
+  report(failure.what());
+  return false;
+}
+
+}  // namespace
 
 /// Packs a folder into an archive.
 int main(int argc, char** argv) {
+  secureStandardStreams();
   if (argc != 3) {
     std::cerr << "usage: orvelin-pack FOLDER ARCHIVE\n";
     return 2;
   }
-  const auto source = std::filesystem::absolute(argv[1]),
-             target = std::filesystem::absolute(argv[2]);
-  const Ref<FolderItem> folder = GetFolderItem(source);
-  if (!folder->Directory()) {
-    std::cerr << "orvelin-pack: " << argv[1] << " is not a folder\n";
+  const auto fail = [](const char* name, const char* why) {
+    std::cerr << "orvelin-pack: " << name << " " << why << "\n";
     return 1;
-  }
-  // An older archive must not pass for the new one.
-  if (std::filesystem::is_regular_file(target)) std::filesystem::remove(target);
-  const Ref<FolderItem> archive = GetFolderItem(target);
-  GonfleurClass().Degonfler(folder, archive);
-  return archive->Exists() && !archive->Directory() ? 0 : 1;
+  };
+  std::error_code error;
+  const fs::path source = fs::canonical(argv[1], error);  // "." and symlinks have no name to store
+  FolderItem folder(source.string());
+  if (error || !folder.Directory()) return fail(argv[1], "is not a folder");
+  const fs::path target = fs::absolute(argv[2]);
+  if (fs::is_directory(target, error)) return fail(argv[2], "is a folder");
+  fs::remove(target, error);  // an older archive must not pass for the new one
+  if (Descent descent; hasCycle(folder, descent))
+    return fail(argv[1], "contains a symlink to a folder that contains it");
+  if (pack(folder, FolderItem(target.string()))) return 0;
+  fs::remove(target, error);
+  return fail(argv[2], "could not be written");
 }

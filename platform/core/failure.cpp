@@ -2,8 +2,15 @@
 
 #include <cerrno>
 #include <iostream>
+#include <set>
 
 namespace orvelin {
+
+namespace {
+
+std::set<std::string> logged;
+
+}
 
 std::string Failure::text() const {
   std::string text = action;
@@ -56,6 +63,12 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
   return {action, path, "erreur " + std::to_string(error) + " du système"};
 }
 
-void report(const Failure& failure) { std::cerr << "Orvelin\u00A0: " + failure.text() + "\n"; }
+void report(const std::string& sentence) {
+  if (logged.insert(sentence).second) std::cerr << "Orvelin\u00A0: " + sentence + "\n";
+}
+
+void report(const Failure& failure) { report(failure.text()); }
+
+void forgetReports() { logged.clear(); }
 
 }  // namespace orvelin

@@ -5,7 +5,7 @@
 
 namespace orvelin {
 
-/// What an operation of the platform could not do, in French, for the user and for standard error.
+/// What an operation of the platform could not do, in French, for the user and for the log.
 struct Failure {
   std::string action;    ///< "Impossible de créer le fichier"
   std::string path;      ///< bytes of the file name concerned; empty when there is none
@@ -18,8 +18,12 @@ struct Failure {
   std::string text() const;
 };
 
-/// Tells on standard error, in one line, of a failure that the program passes over.
+/// Logs to stderr, in one line, a failure that the program passes over. A line is logged once: a
+/// folder that can't be written to fails for every picture with the same words.
 void report(const Failure& failure);
+void report(const std::string& sentence);
+/// Starts the log of another build, in which every line counts as new.
+void forgetReports();
 
 /// Thrown where nil is used in place of an object; carries what made it nil.
 class NilObjectException : public std::exception {

@@ -11,15 +11,38 @@
 
 namespace orvelin {
 
+namespace {
+
+constexpr std::string_view mark = ".orvelin";
+
+/// Where a new file is written before it is renamed to `path`.
+std::string temporaryPath(const std::string& path) {
+  const auto name = path.rfind('/') + 1;
+  return path.substr(0, name) + "." + path.substr(name) + std::string(mark);
+}
+
+}  // namespace
+
 File File::openToRead(const std::string& path) {
   return opened(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
 File File::createInPlace(const std::string& path) {
   const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  const int descriptor = ::open(path.c_str(), flags, 0666);
-  if (descriptor < 0 && errno == ELOOP) return createNew(path);
-  return opened(descriptor);
+  File file = opened(::open(path.c_str(), flags, 0666));
+  struct stat status {};
+  if (file.isOpen() || ::lstat(path.c_str(), &status) != 0) return file;
+  return S_ISREG(status.st_mode) || S_ISLNK(status.st_mode) ? createReplacing(path)
+                                                            : std::move(file);
+}
+
+File File::createReplacing(const std::string& path) {
+  const std::string temporary = temporaryPath(path);
+  File file = createNew(temporary);
+  if (!file.isOpen() || std::rename(temporary.c_str(), path.c_str()) == 0) return file;
+  const int error = errno;
+  ::unlink(temporary.c_str());
+  return {-1, error};
 }
 
 File File::createNew(const std::string& path) {
@@ -94,33 +117,23 @@ bool File::close() {
   return result == 0 || failed();
 }
 
-namespace {
-
-constexpr std::string_view mark = ".orvelin";
-
-std::string besideName(const std::string& path) {
-  const auto name = path.rfind('/') + 1;
-  return path.substr(0, name) + "." + path.substr(name) + std::string(mark);
-}
-
-}  // namespace
-
-bool WholeFile::isLeftover(std::string_view name) {
-  return name.starts_with('.') && name.ends_with(mark);
+std::string_view WholeFile::targetOf(std::string_view temporary) {
+  if (!temporary.starts_with('.') || !temporary.ends_with(mark)) return {};
+  return temporary.substr(1, temporary.size() - 1 - mark.size());
 }
 
 WholeFile::WholeFile(const std::string& path)
-    : path_(path), beside_(besideName(path)), file_(File::createNew(beside_)) {}
+    : path_(path), temporary_(temporaryPath(path)), file_(File::createNew(temporary_)) {}
 
 bool WholeFile::putInPlace() {
   if (!file_.close()) return false;
-  inPlace_ = std::rename(beside_.c_str(), path_.c_str()) == 0;
+  inPlace_ = std::rename(temporary_.c_str(), path_.c_str()) == 0;
   if (!inPlace_) renameError_ = errno;
   return inPlace_;
 }
 
 WholeFile::~WholeFile() {
-  if (!inPlace_) ::unlink(beside_.c_str());
+  if (!inPlace_) ::unlink(temporary_.c_str());
 }
 
 }  // namespace orvelin

@@ -7,14 +7,15 @@
 
 namespace orvelin {
 
-/// An open regular file, closed when this goes. Each call that fails leaves its reason in `error`.
+/// An open regular file; the destructor closes it. A call that fails leaves its reason in `error`.
 class File {
  public:
   /// Opens for reading; never waits on a FIFO and never opens a device.
   static File openToRead(const std::string& path);
-  /// Opens empty for writing, in place; a symbolic link of that name is replaced, not followed.
+  /// Creates or truncates the file, for writing in place. A symlink, or a regular file that can't
+  /// be opened for writing, is replaced by a new file.
   static File createInPlace(const std::string& path);
-  /// Opens a new file for writing, in place of whatever file or link has that name.
+  /// Creates a new file for writing, after removing an older file or symlink of that name.
   static File createNew(const std::string& path);
 
   File(File&& other) noexcept;
@@ -41,6 +42,7 @@ class File {
  private:
   File(int descriptor, int error, std::int64_t size = 0)
       : descriptor_(descriptor), error_(error), size_(size) {}
+  static File createReplacing(const std::string& path);
   static File opened(int descriptor);
   bool failed();
 
@@ -49,27 +51,27 @@ class File {
   std::int64_t size_;
 };
 
-/// A file that appears under its name whole or not at all: written beside, under a hidden name
-/// fixed by its own, and renamed at the end. What an interrupted run left under that hidden name
-/// is replaced.
+/// A file that appears under its name whole or not at all: it is written to a hidden temporary file
+/// in the same folder, `.NAME.orvelin`, and renamed at the end. Replaces a temporary file that an
+/// interrupted run left.
 class WholeFile {
  public:
-  /// Whether a file of that name is what an interrupted run left.
-  static bool isLeftover(std::string_view name);
+  /// The name of the file whose temporary file has this name; empty for any other name.
+  static std::string_view targetOf(std::string_view temporary);
   explicit WholeFile(const std::string& path);
   WholeFile(const WholeFile&) = delete;
   WholeFile& operator=(const WholeFile&) = delete;
-  /// Removes what was written unless it was put in place.
+  /// Removes the temporary file unless it was put in place.
   ~WholeFile();
 
   File& file() { return file_; }
-  /// Puts the file under its name, in place of an older one; false, with `error`, on failure.
+  /// Renames the file to its name, replacing an older one; false, with `error`, on failure.
   bool putInPlace();
   int error() const { return renameError_ ? renameError_ : file_.error(); }
 
  private:
   std::string path_;
-  std::string beside_;
+  std::string temporary_;
   File file_;
   bool inPlace_ = false;
   int renameError_ = 0;

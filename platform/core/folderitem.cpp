@@ -1,17 +1,14 @@
 #include "platform/core/folderitem.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <ctime>
+#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <system_error>
 
 #include "platform/core/bundle.h"
@@ -20,34 +17,33 @@ namespace orvelin {
 
 namespace {
 
-std::optional<struct statx> status(const std::string& path, unsigned wanted) {
+std::optional<struct statx> status(const std::string& path, unsigned wanted, int flags = 0) {
   struct statx status {};
-  if (::statx(AT_FDCWD, path.c_str(), 0, wanted, &status) != 0) return {};
+  if (::statx(AT_FDCWD, path.c_str(), flags, wanted, &status) != 0) return {};
   return status;
 }
 
-/// Why a file could not be made, given the error. Where its folder is missing, that is what could
-/// not be made, and what counts is what kept it from being made.
-Failure whyNotCreated(const std::string& path, int error) {
-  if (error != ENOENT && error != ENOTDIR)
-    return Failure::ofSystem("Impossible de créer le fichier", path, error);
-  const auto folder = std::filesystem::path(path).parent_path();
+/// The error that keeps the missing folder from being created; ENOENT when nothing seems to.
+int whyMissing(const std::filesystem::path& folder) {
   const std::string above = folder.parent_path().string();
   struct statvfs disk {};
-  if (::access(above.c_str(), W_OK | X_OK) != 0 || ::statvfs(above.c_str(), &disk) != 0)
-    error = errno;
-  else if (disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0))
-    error = ENOSPC;
-  return Failure::ofSystem("Impossible de créer le dossier", folder.string(), error);
+  if (::faccessat(AT_FDCWD, above.c_str(), W_OK | X_OK, AT_EACCESS) != 0 ||
+      ::statvfs(above.c_str(), &disk) != 0)
+    return errno;
+  return disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0) ? ENOSPC : ENOENT;
 }
 
-/// When the folder's entries last changed; nothing while that is too short ago for the next change
-/// to be sure to show.
-std::optional<std::pair<std::int64_t, std::uint32_t>> changeOf(const std::string& path) {
-  constexpr std::int64_t coarsest = 2;  // seconds, the clock of memory cards
-  const auto found = status(path, STATX_MTIME);
-  if (!found || found->stx_mtime.tv_sec + coarsest >= std::time(nullptr)) return {};
-  return std::pair{found->stx_mtime.tv_sec, found->stx_mtime.tv_nsec};
+/// Why `action` could not create a file. Names the folder where that is to blame, so that all files
+/// of the folder fail with the same words.
+Failure whyNotCreated(const std::string& action, const std::string& path, int error) {
+  std::error_code none;
+  auto folder = std::filesystem::path(path).parent_path();
+  if (error == EACCES || error == EPERM || error == EROFS)
+    return Failure::ofSystem("Impossible d'écrire dans le dossier", folder.string(), error);
+  if (error != ENOENT && error != ENOTDIR) return Failure::ofSystem(action, path, error);
+  if (error == ENOENT) error = whyMissing(folder);
+  while (error == ENOTDIR && !std::filesystem::exists(folder, none)) folder = folder.parent_path();
+  return Failure::ofSystem("Impossible de créer le dossier", folder.string(), error);
 }
 
 }  // namespace
@@ -62,9 +58,13 @@ std::string FolderItem::Name() const {
 bool FolderItem::Exists() const { return status(path_, STATX_TYPE).has_value(); }
 
 bool FolderItem::Directory() const {
-  if (listedAsFolder_) return *listedAsFolder_;
   const auto found = status(path_, STATX_TYPE);
   return found && S_ISDIR(found->stx_mode);
+}
+
+bool FolderItem::RegularFile() const {
+  const auto found = status(path_, STATX_TYPE, AT_SYMLINK_NOFOLLOW);
+  return found && S_ISREG(found->stx_mode);
 }
 
 FolderItem::Identity FolderItem::identity() const {
@@ -76,7 +76,9 @@ FolderItem::Identity FolderItem::identity() const {
 
 Date FolderItem::ModificationDate() const {
   const auto found = status(path_, STATX_MTIME);
-  return found ? Date::ofInstant(found->stx_mtime.tv_sec) : Date();
+  if (found) return Date::ofInstant(found->stx_mtime.tv_sec);
+  report(Failure::ofSystem("Impossible de lire", path_, errno));
+  return {};
 }
 
 Date FolderItem::CreationDate() const {
@@ -102,65 +104,48 @@ Ref<FolderItem> FolderItem::Child(const std::string& name) const {
   return makeRef<FolderItem>(std::move(path));
 }
 
-int FolderItem::Count() {
-  // Whoever counts at each step of a walk must not list the folder each time.
-  if (!listing_ || !changed_ || changed_ != changeOf(path_)) list();
-  return static_cast<int>(listing_->size());
+Ref<FolderItem> FolderItem::Parent() const {
+  return makeRef<FolderItem>(std::filesystem::path(path_).parent_path().string());
 }
 
-void FolderItem::list() {
-  changed_ = changeOf(path_);
-  listing_.emplace();
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(path_.c_str()), ::closedir);
-  int error = folder ? 0 : errno;
-  while (folder) {
-    errno = 0;
-    const dirent* entry = ::readdir(folder.get());
-    if (!entry) {
-      error = errno;
-      break;
-    }
-    std::string name = entry->d_name;
-    if (name != "." && name != "..") listing_->push_back({std::move(name), entry->d_type});
-  }
-  if (error) report(Failure::ofSystem("Impossible de parcourir le dossier", path_, error));
-  std::sort(listing_->begin(), listing_->end(),
-            [](const Entry& a, const Entry& b) { return a.name < b.name; });
+int FolderItem::Count() {
+  if (!listing_ || !listing_->isCurrent()) listing_.emplace(path_);
+  return static_cast<int>(listing_->names().size());
 }
 
 Ref<FolderItem> FolderItem::Item(int index) {
-  if (!listing_) list();
-  if (index < 1 || static_cast<std::size_t>(index) > listing_->size())
+  if (!listing_) listing_.emplace(path_);
+  const auto& names = listing_->names();
+  if (index < 1 || static_cast<std::size_t>(index) > names.size())
     return Failure{"Impossible de désigner l'élément n° " + std::to_string(index) + " de", path_,
                    "le dossier n'en a pas autant"};
-  const Entry& entry = (*listing_)[static_cast<std::size_t>(index) - 1];
-  auto item = makeRef<FolderItem>(childPath(entry.name));
+  std::string path = childPath(names[static_cast<std::size_t>(index) - 1]);
   std::error_code error;
-  if (entry.type != DT_LNK && entry.type != DT_UNKNOWN)
-    item->listedAsFolder_ = entry.type == DT_DIR;
-  else if (std::filesystem::is_symlink(item->path_, error))
-    if (auto target = std::filesystem::canonical(item->path_, error); !error)
-      item->path_ = target.string();
-  return item;
+  if (std::filesystem::is_symlink(path, error))
+    if (const auto target = std::filesystem::canonical(path, error); !error) path = target.string();
+  return makeRef<FolderItem>(std::move(path));
 }
 
 void FolderItem::CreateAsFolder() const {
   if (::mkdir(path_.c_str(), 0777) == 0) return;
-  const int error = errno;
-  if (error != EEXIST || !Directory())
-    report(Failure::ofSystem("Impossible de créer le dossier", path_, error));
+  int error = errno;
+  if (error == ENOENT || error == ENOTDIR) return;
+  if (error == EEXIST) {
+    if (Directory()) return;
+    error = ENOTDIR;
+  }
+  report(Failure::ofSystem("Impossible de créer le dossier", path_, error));
 }
 
 Ref<BinaryStream> FolderItem::CreateBinaryFile(const std::string&) const {
   File file = File::createInPlace(path_);
-  if (!file.isOpen()) return whyNotCreated(path_, file.error());
+  if (!file.isOpen()) return whyNotCreated("Impossible de créer le fichier", path_, file.error());
   return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Writing);
 }
 
 Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
   File file = File::openToRead(path_);
-  if (!file.isOpen())
-    return Failure::ofSystem("Impossible d'ouvrir le fichier", path_, file.error());
+  if (!file.isOpen()) return Failure::ofSystem("Impossible de lire", path_, file.error());
   return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Reading);
 }
 
@@ -172,24 +157,31 @@ Ref<Picture> FolderItem::OpenAsPicture() const {
 }
 
 void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
+  constexpr const char* action = "Impossible d'enregistrer l'image";
   WholeFile target(path_);
+  if (!target.file().isOpen()) return report(whyNotCreated(action, path_, target.error()));
   const auto write = [&](std::string_view bytes) { return target.file().write(bytes); };
-  if (target.file().isOpen() && picture->encodeAsJPEG(write) && target.putInPlace()) return;
-  report(target.error()
-             ? Failure::ofSystem("Impossible d'enregistrer l'image", path_, target.error())
-             : Failure{"Impossible de convertir l'image", picture->path(),
-                       "illisible ou trop grande"});
+  if (picture->encodeAsJPEG(write) && target.putInPlace()) return;
+  report(target.error() ? Failure::ofSystem(action, path_, target.error())
+                        : Failure{"Impossible de convertir l'image", picture->path(),
+                                  "illisible ou trop grande"});
 }
 
 void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {
+  constexpr const char* action = "Impossible de copier vers";
   File source = File::openToRead(path_);
   if (!source.isOpen())
     return report(Failure::ofSystem("Impossible de copier", path_, source.error()));
   WholeFile copy(target->path_);
-  const bool copied = copy.file().isOpen() && copy.file().writeRestOf(source);
+  if (!copy.file().isOpen()) return report(whyNotCreated(action, target->path_, copy.error()));
+  const bool copied = copy.file().writeRestOf(source);
   if (copied) copy.file().takeTimeOf(source);
-  if (!copied || !copy.putInPlace())
-    report(Failure::ofSystem("Impossible de copier vers", target->path_, copy.error()));
+  if (!copied || !copy.putInPlace()) report(Failure::ofSystem(action, target->path_, copy.error()));
+}
+
+void FolderItem::Delete() const {
+  if (::unlink(path_.c_str()) != 0)
+    report(Failure::ofSystem("Impossible de supprimer", path_, errno));
 }
 
 Ref<FolderItem> GetFolderItem(const std::string& path) {

@@ -1,0 +1,45 @@
+#include "photos/unfinished.h"
+
+#include <cstddef>
+#include <string_view>
+
+#include "platform/core/background.h"
+#include "platform/core/file.h"
+
+namespace orvelin {
+
+namespace {
+
+/// Whether the name is a number of at least that many digits, then `ending`.
+bool isNumbered(std::string_view name, std::size_t digits, std::string_view ending) {
+  const auto end = name.find_first_not_of("0123456789");
+  return end != std::string_view::npos && end >= digits && name.substr(end) == ending;
+}
+
+}  // namespace
+
+bool isUnfinished(const FolderItem& file) {
+  const std::string name = file.Name();
+  if (!isNumbered(WholeFile::targetOf(name), 3, ".jpg")) return false;
+  const Ref<FolderItem> folder = file.Parent();
+  return isNumbered(folder->Name(), 1, "k6230") && folder->Parent()->Name() == "dcim" &&
+         file.RegularFile();
+}
+
+void deleteUnfinished(const FolderItem& root) {
+  const Ref<FolderItem> dcim = root.Child("dcim");
+  if (!dcim->Exists()) return;
+  const int folders = dcim->Count();
+  for (int i = 1; i <= folders; ++i) {
+    const Ref<FolderItem> folder = dcim->Item(i);
+    const int files = folder->Directory() ? folder->Count() : 0;
+    for (int j = 1; j <= files; ++j) {
+      const Ref<FolderItem> file =
+          folder->Child(folder->Item(j)->Name());  // never an alias's target
+      if (isUnfinished(*file)) file->Delete();
+      RuntimeBackgroundTask();
+    }
+  }
+}
+
+}  // namespace orvelin

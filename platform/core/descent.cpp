@@ -1,0 +1,20 @@
+#include "platform/core/descent.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace orvelin {
+
+bool Descent::enter(const FolderItem& folder) {
+  constexpr std::size_t deepest = 4096;
+  const auto identity = folder.identity();
+  if (within_.size() > deepest ||
+      std::find(within_.begin(), within_.end(), identity) != within_.end())
+    return false;
+  within_.push_back(identity);
+  return true;
+}
+
+void Descent::leave() { within_.pop_back(); }
+
+}  // namespace orvelin
