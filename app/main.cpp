@@ -26,8 +26,8 @@ void finish() {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  Runtime runtime(argc, argv);
+int main() {
+  Runtime runtime;
   handlingFailures([&] { mainSequence(runtime); });
   finish();
   return runtime.stop();

@@ -7,14 +7,15 @@
 #include <QLocale>
 #include <QSettings>
 #include <QTranslator>
+#include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <memory>
 #include <new>
 
 #include "platform/core/background.h"
 #include "platform/core/bundle.h"
 #include "platform/core/failure.h"
+#include "platform/core/standardstreams.h"
 #include "platform/ui/dialogs.h"
 #include "platform/ui/useraction.h"
 
@@ -22,7 +23,7 @@ namespace orvelin {
 
 namespace {
 
-/// The toolkit's own French, which keeps under the folder dialog's name what its icons are called.
+/// The toolkit's own French. It files the names of the folder dialog's icons under the dialog.
 class French : public QTranslator {
  public:
   QString translate(const char* context, const char* text, const char* comment,
@@ -33,8 +34,16 @@ class French : public QTranslator {
   }
 };
 
+/// Takes the toolkit's messages while it starts; the last one before it would abort is fatal.
+void endWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
+  if (type != QtFatalMsg) return;
+  report(Failure{"Impossible d'ouvrir la fenêtre", "", "aucun écran n'est accessible"});
+  std::_Exit(1);
+}
+
 struct Toolkit {
-  Toolkit(int& argc, char** argv) : application(argc, argv) {
+  Toolkit() : application(argc, argv) {
+    qInstallMessageHandler(usual);
     QCoreApplication::setApplicationName("Orvelin");
     QGuiApplication::setApplicationDisplayName("Orvelin");
     QGuiApplication::setDesktopFileName("orvelin");
@@ -47,6 +56,11 @@ struct Toolkit {
   }
   ~Toolkit() { installBackgroundTask(nullptr); }
 
+  // The toolkit would obey options of the command line.
+  int argc = 1;
+  char name[8] = "orvelin";
+  char* argv[2] = {name, nullptr};
+  const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
   French translator;
   QApplication application;
   bool quitting = false;
@@ -56,7 +70,7 @@ struct Toolkit {
 std::unique_ptr<Toolkit> toolkit;
 
 void endAfter(const std::string& failure, const std::string& advice = "") {
-  std::cerr << "Orvelin\u00A0: " + failure + "\n";
+  report(failure);
   toolkit->status = 1;
   std::string text = "Orvelin n'a pas pu continuer et va se fermer.\r\r" + failure;
   if (!advice.empty()) text += "\r\r" + advice;
@@ -68,11 +82,12 @@ void endAfter(const std::string& failure, const std::string& advice = "") {
 
 }  // namespace
 
-Runtime::Runtime(int& argc, char** argv) {
+Runtime::Runtime() {
+  secureStandardStreams();
   // The toolkit's folder dialog would keep the folders visited, and begin there the next time.
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
   QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
-  toolkit = std::make_unique<Toolkit>(argc, argv);
+  toolkit = std::make_unique<Toolkit>();
 }
 
 Runtime::~Runtime() { toolkit.reset(); }
@@ -88,8 +103,10 @@ int Runtime::stop() {
 }
 
 void Quit() {
-  toolkit->quitting = true;
-  QCoreApplication::exit();
+  afterAction([] {
+    toolkit->quitting = true;
+    QCoreApplication::exit();
+  });
 }
 
 void handlingFailures(const std::function<void()>& step) try {

@@ -15,35 +15,11 @@ class ActionGate : public QObject {
  public:
   bool busy = false;
   int dialogs = 0;
-  bool closeAsked = false;
+  std::function<void()> afterwards;
 
  protected:
   bool eventFilter(QObject*, QEvent* event) override {
-    if (!busy || dialogs > 0) return false;
-    switch (event->type()) {
-      case QEvent::MouseButtonPress:
-      case QEvent::MouseButtonRelease:
-      case QEvent::MouseButtonDblClick:
-      case QEvent::Wheel:
-      case QEvent::KeyPress:
-      case QEvent::KeyRelease:
-      case QEvent::ShortcutOverride:
-      case QEvent::Shortcut:
-      case QEvent::ContextMenu:
-      case QEvent::TouchBegin:
-      case QEvent::TouchUpdate:
-      case QEvent::TouchEnd:
-      case QEvent::TabletPress:
-      case QEvent::TabletRelease:
-        return true;
-      case QEvent::Close:
-      case QEvent::Quit:
-        closeAsked = true;
-        event->ignore();
-        return true;
-      default:
-        return false;
-    }
+    return busy && dialogs == 0 && (event->isInputEvent() || event->type() == QEvent::Shortcut);
   }
 };
 
@@ -59,7 +35,7 @@ void showBusy(bool busy) {
     QGuiApplication::restoreOverrideCursor();
 }
 
-/// Takes in, and drops, all that the user has done up to now: the window system is asked for it.
+/// Fetches from the window system, and discards, all input up to now.
 void dropInput() {
   QGuiApplication::sync();
   QCoreApplication::processEvents();
@@ -77,7 +53,14 @@ void performAction(const std::function<void()>& action) {
   dropInput();
   showBusy(false);
   gate().busy = false;
-  if (std::exchange(gate().closeAsked, false)) QApplication::closeAllWindows();
+  if (const auto step = std::exchange(gate().afterwards, nullptr)) step();
+}
+
+void afterAction(const std::function<void()>& step) {
+  if (gate().busy)
+    gate().afterwards = step;
+  else
+    step();
 }
 
 DialogOpening::DialogOpening() {

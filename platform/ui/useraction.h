@@ -5,13 +5,16 @@
 
 namespace orvelin {
 
-/// Runs what a click or a menu item asks for, failures included. While one action runs another is
-/// not begun, then or afterwards, and a request to close the window waits until it has ended. The
-/// pointer is the busy one meanwhile.
+/// Runs the action of a click or a menu item and handles its failures. While it runs, input is
+/// discarded, the pointer is the busy one, and another action is not begun, then or afterwards.
 void performAction(const std::function<void()>& action);
 
+/// Runs `step` once the running action has ended; at once when none runs. Replaces an earlier step
+/// that still waits.
+void afterAction(const std::function<void()>& step);
+
 /// While it lives, a dialog that the running action has opened takes the user's input, with the
-/// ordinary pointer; whatever the user did before the dialog is dropped.
+/// ordinary pointer; input from before the dialog is discarded.
 class DialogOpening {
  public:
   DialogOpening();
@@ -20,10 +23,10 @@ class DialogOpening {
   ~DialogOpening();
 };
 
-/// The program's background task: lets the window repaint and answer the desktop, now and then.
+/// The program's background task: lets the window repaint and answer the desktop, every 20 ms.
 void letDesktopIn();
 
-/// The filter, for the application object, that keeps the user's input from a running action.
+/// The event filter for the application object that discards input while an action runs.
 QObject& actionGate();
 
 }  // namespace orvelin
