@@ -1,6 +1,8 @@
 #include <sys/stat.h>
 
+#include <bit>
 #include <climits>
+#include <cstdlib>
 
 #include "archive/gonfleur.h"
 #include "support.h"
@@ -47,8 +49,7 @@ class Archive : public FileTest {
 TEST_F(Archive, OfTheExampleUnpacksTwiceIntoTheSameTree) {
   for (int i = 0; i < 2; ++i) {
     unpack(example + "trailing bytes");
-    EXPECT_EQ(unpacked(), (Tree{"CD", "CD/X", "CD/a.txt"}));
-    EXPECT_EQ(read(folder / "out/CD/a.txt"), "hi");
+    EXPECT_EQ(contentsOf(folder / "out/CD"), (Contents{{"X", "a folder"}, {"a.txt", "hi"}}));
     write(folder / "out/CD/a.txt", "something longer");
   }
   EXPECT_LT(fs::file_time_type::clock::now() - fs::last_write_time(folder / "out/CD"), 24h)
@@ -56,15 +57,41 @@ TEST_F(Archive, OfTheExampleUnpacksTwiceIntoTheSameTree) {
 }
 
 TEST_F(Archive, OfTheExampleIsPackedToTheByte) {
-  fs::create_directories(folder / "CD/X");
-  write(folder / "CD/a.txt", "hi");
-  for (const fs::path& path : {folder / "CD/X", folder / "CD/a.txt", folder / "CD"})
+  unpack(example);
+  const fs::path cd = folder / "out/CD";
+  for (const fs::path& path : {cd / "X", cd / "a.txt", cd})
     setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // Paris is an hour ahead in winter
-  std::string packed = pack(folder / "CD");
-  ASSERT_EQ(packed.size(), 98U);
+  std::string packed = pack(cd);
   // Creation times are the file system's own: only the modification times can be set.
+  const auto created = std::bit_cast<std::uint64_t>(item(cd)->CreationDate().TotalSeconds());
+  EXPECT_EQ(packed.substr(20, 8), number(created >> 32) + number(created & 0xffffffff));
+  EXPECT_NE(packed.substr(20, 8), packed.substr(12, 8));
   for (const std::size_t at : {20U, 51U, 84U}) packed.replace(at, 8, example, at, 8);
   EXPECT_EQ(packed, example);
+}
+
+TEST_F(Archive, OfLargeFilesInnerFoldersAndLongNamesUnpacksToWhatWasPacked) {
+  write(folder / "CD/1/2/a", "inner");
+  write(folder / "CD/1/b", std::string(200'000, 'x') + "end");
+  write(folder / "CD" / std::string(255, 'n'), "c");
+  unpack(pack(folder / "CD"));
+  EXPECT_EQ(contentsOf(folder / "out/CD"), contentsOf(folder / "CD"));
+}
+
+TEST_F(Archive, IsMadeByTheToolWholeOrNotAtAll) {
+  const auto packs = [this] {
+    const std::string limits = "/CD'; trap '' XFSZ; ulimit -f 100; ";
+    return std::system(
+               ("cd '" + folder.string() + limits + "'" ORVELIN_PACK "' . ../made").c_str()) == 0;
+  };
+  fs::create_directory(folder / "CD");
+  EXPECT_TRUE(packs());
+  EXPECT_EQ(read(folder / "made").substr(9, 3), text("CD")) << "the name of the folder itself";
+  write(folder / "CD/large", std::string(200'000, 'x'));
+  EXPECT_FALSE(packs() || fs::exists(folder / "made")) << "it would be cut";
+  fs::remove(folder / "CD/large");
+  fs::create_symlink("..", folder / "CD/cycle");
+  EXPECT_FALSE(packs() || fs::exists(folder / "made")) << "it would never end";
 }
 
 TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {

@@ -1,30 +1,30 @@
-#include <sys/stat.h>
-
 #include <chrono>
-#include <sstream>
+#include <map>
 
 #include "photos/scan.h"
-#include "platform/core/background.h"
+#include "photos/unfinished.h"
 #include "support.h"
 
 namespace orvelin::test {
 
+using namespace std::literals;
 using Items = FileTest;
 
 TEST_F(Items, AreFoldedIntoFiftyAndThenFiftyOnes) {
-  for (const auto& [index, place] : {std::pair{0, "100k6230/001.jpg"},
-                                     {49, "100k6230/050.jpg"},
-                                     {50, "102k6230/051.jpg"},
-                                     {100, "102k6230/101.jpg"},
-                                     {101, "104k6230/102.jpg"},
-                                     {999, "138k6230/1000.jpg"},
-                                     {22949, "1000k6230/22950.jpg"}}) {
+  const std::map<int, std::string> places{{0, "100k6230/001.jpg"},       {49, "100k6230/050.jpg"},
+                                          {50, "102k6230/051.jpg"},      {100, "102k6230/101.jpg"},
+                                          {101, "104k6230/102.jpg"},     {999, "138k6230/1000.jpg"},
+                                          {22949, "1000k6230/22950.jpg"}};
+  for (const auto& [index, place] : places) {
     const DigiItem digiItem(item(sample(".cachée.jpg")), item(folder), index);
     EXPECT_TRUE(fs::is_directory((folder / "dcim" / place).parent_path())) << "before any copy";
-    EXPECT_EQ(digiItem.BuildData().find("FILE=/dcim/" + std::string(place) + "\r\n"), 14U);
+    EXPECT_EQ(digiItem.BuildData().find("FILE=/dcim/" + place + "\r\n"), 14U);
     EXPECT_EQ(read(folder / "dcim" / place), read(sample(".cachée.jpg")));
   }
   EXPECT_THROW(DigiItem(item(folder), nullptr, 0), NilObjectException);
+  write(folder / "lower", "123456jfif");
+  DigiItem(item(folder / "lower"), item(folder), 0).BuildData();
+  EXPECT_EQ(read(folder / "dcim/100k6230/001.jpg"), "123456jfif") << "copied in any letter case";
 }
 
 using Records = FileTest;
@@ -32,12 +32,8 @@ using Records = FileTest;
 TEST_F(Records, ShiftTheYearSoThatSomeClassesOfYearsCountADayMore) {
   using namespace std::chrono;
   write(folder / "photo", "no picture");
-  // The stamp of a file last modified when the local clock read so many seconds since 1970.
-  const auto stampAt = [this](std::time_t reading) {
-    std::tm fields{};
-    ::gmtime_r(&reading, &fields);
-    fields.tm_isdst = -1;
-    setTime(folder / "photo", ::mktime(&fields));
+  const auto stampOf = [this](std::time_t modified) {
+    setTime(folder / "photo", modified);
     const std::string record = DigiItem(item(folder / "photo"), item(folder), 0).BuildData();
     return record.substr(record.find("TIMESTAMP=") + 10);
   };
@@ -47,13 +43,13 @@ TEST_F(Records, ShiftTheYearSoThatSomeClassesOfYearsCountADayMore) {
       if (!date.ok()) continue;
       const bool early = day.month() <= February;
       const bool more = y % 4 == 0 ? early : y % 4 == 2 ? !early : y % 4 == 3;
-      const seconds count = sys_days{date}.time_since_epoch() + 43'215s;
-      std::ostringstream expected;
-      expected << "0x" << std::hex << count.count() + (more ? 86400 : 0);
-      EXPECT_EQ(stampAt(count.count()), expected.str()) << y;
+      const auto count = seconds{sys_days{date}.time_since_epoch()}.count();
+      std::tm local = *std::gmtime(&count);
+      local.tm_isdst = -1;
+      EXPECT_EQ(std::stoll(stampOf(std::mktime(&local)), nullptr, 16), count + (more ? 86400 : 0));
     }
-  EXPECT_EQ(stampAt(0), "0x0");
-  EXPECT_EQ(stampAt(-31), "0x-1f");
+  const int paris = 3600;  // seconds ahead, in winter
+  EXPECT_EQ(stampOf(0 - paris) + stampOf(-31 - paris) + stampOf(15 - paris), "0x00x-1f0xf");
 }
 
 class Scan : public FileTest {
@@ -71,9 +67,7 @@ class Scan : public FileTest {
     }
     return names;
   }
-  void photo(const std::string& name) {
-    write(folder / "photos" / name, read(sample("vacances/plage.jpg")));
-  }
+  void photo(const std::string& name) { addPhoto(name, "vacances/plage.jpg"); }
 };
 
 TEST_F(Scan, GoesDownAsFarAsFoldersDoAndFollowsAliasesButNotBackIntoAFolderItIsIn) {
@@ -82,12 +76,10 @@ TEST_F(Scan, GoesDownAsFarAsFoldersDoAndFollowsAliasesButNotBackIntoAFolderItIsI
   photo(deep);
   photo("1/pict\xff[re] é");
   photo("1.jpg");
-  ::mkfifo((folder / "photos/1.fifo").c_str(), 0666);
   write(folder / "elsewhere/other", read(sample("vacances/plage.jpg")));
   fs::create_symlink("..", folder / "photos/1/back");
   fs::create_symlink("../1", folder / "photos/1/self");
-  fs::create_symlink(folder / "elsewhere", folder / "photos/2");
-  fs::create_symlink(folder / "elsewhere", folder / "photos/3");
+  for (const char* name : {"2", "3"}) fs::create_symlink("../elsewhere", folder / "photos" / name);
   fs::create_symlink("1/pict\xff[re] é", folder / "photos/4");
   fs::create_symlink("5", folder / "photos/5");
   fs::create_symlink(folder / "photos", folder / "elsewhere/photos");
@@ -95,22 +87,49 @@ TEST_F(Scan, GoesDownAsFarAsFoldersDoAndFollowsAliasesButNotBackIntoAFolderItIsI
             (Tree{"pict\xff[re] é", "1.jpg", "other", "other", "pict\xff[re] é", "deep"}));
 }
 
-TEST_F(Scan, ContinuesAListYieldsOnceAnEntryAndMakesNothingWithoutPictures) {
-  static int yields;
-  yields = 0;
-  write(folder / "photos/a/text", "text");
-  installBackgroundTask([] { ++yields; });
-  EXPECT_TRUE(scanned().empty());
-  EXPECT_TRUE(fs::is_empty(folder / "out"));
-  EXPECT_EQ(yields, 2);
-  installBackgroundTask(nullptr);
+TEST_F(Scan, TakesEachEntryOfItsFirstListingForWhatItIsAtItsTurn) {
+  write(folder / "photos/a", "text");
+  photo("b/inner");
+  photo("c");
+  int yields = 0;
+  atYields([&] {
+    if (yields++ > 0) return;
+    fs::remove_all(folder / "photos/b");
+    fs::remove(folder / "photos/c");
+    for (const char* name : {"b", "c/inner", "d"}) photo(name);
+  });
+  EXPECT_EQ(scanned(), (Tree{"b", "inner"}));
+  EXPECT_EQ(yields, 4) << "one for each entry";
+}
 
-  photo("b");
-  DigiItems found{nullptr};
-  BuildTab(item(folder / "photos"), item(folder / "out"), found);
+TEST_F(Scan, ListsFoldersAgainContinuesAListAndMakesNothingWithoutPictures) {
+  fs::create_directory(folder / "photos");
+  const auto photos = item(folder / "photos"), out = item(folder);
+  DigiItems found;
+  for (const std::size_t pictures : {0U, 1U, 3U}) {
+    setTime(folder / "photos", 1'000'000'000);
+    BuildTab(photos, out, found);
+    EXPECT_EQ(found.size(), pictures);
+    EXPECT_EQ(fs::exists(folder / "dcim"), pictures > 0);
+    photo(std::to_string(pictures));
+  }
   EXPECT_NE(found.at(1)->BuildData().find("/002.jpg"), std::string::npos);
-  EXPECT_THROW(BuildTab(nullptr, item(folder), found), NilObjectException);
+  EXPECT_THROW(BuildTab(nullptr, out, found), NilObjectException);
   EXPECT_FALSE(isOpenablePicture(nullptr));
+}
+
+TEST_F(Scan, SkipsAndDeletesByNameOnlyWhatAKilledBuildLeaves) {
+  const std::string file = ".001.jpg.orvelin", numbered = "dcim/1k6230/";
+  for (const std::string& name : {numbered + file, "dcim/102k6230/.1000.jpg.orvelin"s}) photo(name);
+  const Tree others{".photo.orvelin",       "1k6230/" + file,
+                    "dcim/k6230/" + file,   numbered + ".01.jpg.orvelin",
+                    numbered + "a/" + file, numbered + ".002.jpg.orvelin/folder"};
+  for (const auto& name : others) photo(name);
+  fs::create_symlink("a/" + file, folder / "photos" / numbered / ".003.jpg.orvelin");
+  EXPECT_EQ(scanned().size(), others.size() + 1);
+  const std::size_t before = treeOf(folder / "photos").size();
+  deleteUnfinished(*item(folder / "photos"));
+  EXPECT_EQ(treeOf(folder / "photos").size(), before - 2);
 }
 
 }  // namespace orvelin::test

@@ -1,12 +1,36 @@
 #include "support.h"
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <system_error>
 #include <vips/vips8>
 
+#include "platform/core/background.h"
+
 namespace orvelin::test {
+
+namespace {
+
+/// Gives this thread those of its permitted capabilities.
+void setEffective(std::uint32_t capabilities) {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct data[2]{};
+  EXPECT_EQ(::syscall(SYS_capget, &header, data), 0);
+  for (auto& half : data) half.effective = half.permitted & capabilities;
+  EXPECT_EQ(::syscall(SYS_capset, &header, data), 0);
+}
+
+}  // namespace
+
+void atYields(std::function<void()> act) {
+  static std::function<void()> task;
+  task = std::move(act);
+  installBackgroundTask(task ? +[] { task(); } : nullptr);
+}
 
 void setTime(const fs::path& path, std::int64_t seconds) {
   const timespec times[] = {{seconds, 0}, {seconds, 0}};
@@ -28,34 +52,19 @@ Tree treeOf(const fs::path& folder) {
   return tree;
 }
 
-std::vector<Colour> quarters(const fs::path& path) {
-  const std::string bytes = read(path);
-  const auto image = vips::VImage::new_from_buffer(bytes.data(), bytes.size(), "")
-                         .colourspace(VIPS_INTERPRETATION_sRGB);
-  std::vector<Colour> colours;
-  for (const int y : {1, 3})
-    for (const int x : {1, 3}) {
-      const auto pixel = image.getpoint(image.width() * x / 4, image.height() * y / 4);
-      colours.push_back({int(pixel[0]), int(pixel[1]), int(pixel[2])});
-    }
-  return colours;
-}
-
-void expectScene(const fs::path& path, Colour bottomRight, int tolerance) {
-  const std::vector<Colour> wanted{{224, 0, 0}, {0, 192, 0}, {0, 0, 224}, bottomRight};
-  const auto found = quarters(path);
-  for (std::size_t quarter = 0; quarter < 4; ++quarter)
-    for (std::size_t band = 0; band < 3; ++band)
-      EXPECT_NEAR(found[quarter][band], wanted[quarter][band], tolerance)
-          << path << ", quarter " << quarter << ", band " << band;
-}
+void becomeOrdinaryUser() { setEffective(0); }
 
 Scratch::Scratch() {
+  forgetReports();
   VIPS_INIT("orvelin tests");
   std::string pattern = (fs::temp_directory_path() / "orvelin-XXXXXX").string();
   folder = ::mkdtemp(pattern.data());
 }
 
-Scratch::~Scratch() { fs::remove_all(folder); }
+Scratch::~Scratch() {
+  setEffective(~0U);
+  atYields({});
+  fs::remove_all(folder);
+}
 
 }  // namespace orvelin::test

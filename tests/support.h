@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <string>
@@ -41,13 +41,14 @@ Contents contentsOf(const fs::path& folder);
 /// Sets a file's modification time, in seconds since 1970 UTC.
 void setTime(const fs::path& path, std::int64_t seconds);
 
-using Colour = std::array<int, 3>;
-/// The colours in the middle of a picture's four quarters, as another program decodes the file.
-std::vector<Colour> quarters(const fs::path& path);
-/// Expects the scene that all samples show, upright.
-void expectScene(const fs::path& path, Colour bottomRight = {224, 224, 0}, int tolerance = 30);
+/// Calls `act` at each yield of the program; nothing where `act` is empty.
+void atYields(std::function<void()> act);
 
-/// An empty folder, removed with all it holds; libvips is started, for tests use it by themselves.
+/// Leaves this thread the rights of an ordinary owner of its files, also where root runs the tests;
+/// until the scratch folder goes.
+void becomeOrdinaryUser();
+
+/// An empty folder, removed with all it holds. Starts libvips, which tests use by themselves.
 struct Scratch {
   Scratch();
   Scratch(const Scratch&) = delete;
@@ -57,6 +58,12 @@ struct Scratch {
 };
 
 /// A test on real files, in a folder of its own.
-class FileTest : public testing::Test, protected Scratch {};
+class FileTest : public testing::Test, protected Scratch {
+ protected:
+  /// Puts a sample into the folder `photos` of the scratch folder.
+  void addPhoto(const std::string& name, const std::string& from) {
+    write(folder / "photos" / name, read(sample(from)));
+  }
+};
 
 }  // namespace orvelin::test

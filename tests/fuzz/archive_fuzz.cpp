@@ -1,15 +1,7 @@
 #include "archive/gonfleur.h"
 #include "fuzz.h"
-#include "platform/core/background.h"
 
 namespace orvelin::test {
-
-namespace {
-
-struct Enough {};
-int yields;
-
-}  // namespace
 
 /// Any bytes as an archive: the unpacking ends, nothing appears outside the destination, nothing
 /// comes out that did not go in. The tree that comes out is the same when it is packed and unpacked
@@ -22,16 +14,15 @@ void attempt(const std::string& bytes, const fs::path& folder) {
   write(archive, bytes);
   fs::create_directories(tree);
   // A count that lies is obeyed, in up to two thousand million empty passes: no need to wait.
-  yields = 0;
-  installBackgroundTask([] {
-    if (++yields > 2000) throw Enough();
+  int yields = 0;
+  atYields([&] {
+    if (++yields > 2000) throw NilObjectException({});
   });
   try {
     gonfleur.Gonfler(item(archive), item(tree));
   } catch (const NilObjectException&) {
-  } catch (const Enough&) {
   }
-  installBackgroundTask(nullptr);
+  atYields({});
   expect(treeOf(folder).size() == 6 + treeOf(tree).size(), "all is in the destination");
   std::size_t unpacked = 0;
   for (const auto& entry : fs::recursive_directory_iterator(tree)) {

