@@ -1,5 +1,6 @@
 #include "builder/driver.h"
 #include "builder/resourcelookup.h"
+#include "platform/core/resourcefork.h"
 #include "support.h"
 
 namespace orvelin::test {
@@ -32,21 +33,17 @@ class Build : public FileTest {
   const fs::path root = folder / "CD/DIGIFILM";
 };
 
-TEST_F(Build, MakesNothingWithoutFoldersAndTheRestWithoutPicturesAndResources) {
+TEST_F(Build, MakesNothingWithoutFoldersAndTheRestWithoutPicturesOrDatafile) {
   for (auto* missing : {&state.inFol, &state.outFol}) {
     const auto chosen = std::exchange(*missing, nullptr);
     EXPECT_FALSE(buildDigiFilm(state));
     *missing = chosen;
   }
   EXPECT_TRUE(fs::is_empty(folder / "CD"));
-  const fs::path resources = fs::path(GetFolderItem("")->Path()) / "Orvelin.app/Contents/Resources";
-  for (const char* name : {"PCFI", "datafile"})
-    fs::rename(resources / name, (resources / name) += "~");
+  state.appFolder = item(folder);
   EXPECT_TRUE(buildDigiFilm(state));
-  for (const char* name : {"PCFI", "datafile"})
-    fs::rename((resources / name) += "~", resources / name);
   EXPECT_EQ(treeOf(root), (Tree{"autorun.inf", "digifilm.txt", "misc", "misc/favorite.mrk"}));
-  EXPECT_EQ(read(root / "autorun.inf") + read(root / "misc/favorite.mrk"), "");
+  EXPECT_EQ(applicationResourceFork()->GetResource("PCFI", 130), "");
   EXPECT_EQ(read(root / "digifilm.txt").size(), 236U + 35U) << "header and trailer";
 }
 

@@ -31,7 +31,7 @@ class BinaryStream {
   /// The next bytes, fewer where the file has fewer left, without moving on; good until the next
   /// call of anything else.
   std::string_view Peek(std::size_t count);
-  /// A length byte and so many bytes.
+  /// A length byte, then that many bytes.
   std::string ReadPString();
   double ReadDouble();
   std::int32_t ReadLong();
