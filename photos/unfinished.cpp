@@ -28,8 +28,7 @@ bool isUnfinished(const FolderItem& file) {
 
 void deleteUnfinished(const FolderItem& root) {
   const Ref<FolderItem> dcim = root.Child("dcim");
-  if (!dcim->Exists()) return;
-  const int folders = dcim->Count();
+  const int folders = dcim->Directory() ? dcim->Count() : 0;
   for (int i = 1; i <= folders; ++i) {
     const Ref<FolderItem> folder = dcim->Item(i);
     const int files = folder->Directory() ? folder->Count() : 0;

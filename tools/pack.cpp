@@ -22,7 +22,7 @@ bool hasCycle(FolderItem& folder, Descent& descent) {
   return false;
 }
 
-/// Packs the folder. False, with the reason logged, when the archive is not complete.
+/// Packs the folder. False, with the reason logged, when the archive could not be written.
 bool pack(FolderItem& folder, const FolderItem& archive) try {
   const Ref<BinaryStream> stream = archive.CreateBinaryFile("text");
   GonfleurClass::packFolder(*stream, folder);
@@ -50,12 +50,15 @@ int main(int argc, char** argv) {
   const fs::path source = fs::canonical(argv[1], error);  // "." and symlinks have no name to store
   FolderItem folder(source.string());
   if (error || !folder.Directory()) return fail(argv[1], "is not a folder");
-  const fs::path target = fs::absolute(argv[2]);
-  if (fs::is_directory(target, error)) return fail(argv[2], "is a folder");
-  fs::remove(target, error);  // an older archive must not pass for the new one
+  const fs::path target = fs::absolute(argv[2], error);
+  if (error || fs::is_directory(target, error)) return fail(argv[2], "is not a file");
+  const auto removeArchive = [&] {
+    if (fs::is_regular_file(target, error)) fs::remove(target, error);
+  };
+  removeArchive();  // an older archive must not pass for the new one
   if (Descent descent; hasCycle(folder, descent))
     return fail(argv[1], "contains a symlink to a folder that contains it");
   if (pack(folder, FolderItem(target.string()))) return 0;
-  fs::remove(target, error);
+  removeArchive();
   return fail(argv[2], "could not be written");
 }

@@ -23,13 +23,15 @@ std::optional<struct statx> status(const std::string& path, unsigned wanted, int
   return status;
 }
 
+bool isWritable(const std::filesystem::path& folder) {
+  return ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
 /// The error that keeps the missing folder from being created; ENOENT when nothing seems to.
 int whyMissing(const std::filesystem::path& folder) {
-  const std::string above = folder.parent_path().string();
+  const auto above = folder.parent_path();
   struct statvfs disk {};
-  if (::faccessat(AT_FDCWD, above.c_str(), W_OK | X_OK, AT_EACCESS) != 0 ||
-      ::statvfs(above.c_str(), &disk) != 0)
-    return errno;
+  if (!isWritable(above) || ::statvfs(above.c_str(), &disk) != 0) return errno;
   return disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0) ? ENOSPC : ENOENT;
 }
 
@@ -38,7 +40,7 @@ int whyMissing(const std::filesystem::path& folder) {
 Failure whyNotCreated(const std::string& action, const std::string& path, int error) {
   std::error_code none;
   auto folder = std::filesystem::path(path).parent_path();
-  if (error == EACCES || error == EPERM || error == EROFS)
+  if ((error == EACCES || error == EPERM || error == EROFS) && !isWritable(folder))
     return Failure::ofSystem("Impossible d'écrire dans le dossier", folder.string(), error);
   if (error != ENOENT && error != ENOTDIR) return Failure::ofSystem(action, path, error);
   if (error == ENOENT) error = whyMissing(folder);
