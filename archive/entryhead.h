@@ -17,7 +17,7 @@ namespace orvelin {
 //   file    = "[FILE]"   head byte   as many bytes as head says
 //   head    = name modified created number
 //
-//   tags and name    a length byte, then so many bytes, without encoding
+//   tags and name    a length byte, then that many bytes, without encoding
 //   modified         a double: seconds since 1904-01-01 00:00:00 local time
 //   created          likewise
 //   number           a signed 32-bit integer

@@ -28,14 +28,17 @@ bool isUnfinished(const FolderItem& file) {
 
 void deleteUnfinished(const FolderItem& root) {
   const Ref<FolderItem> dcim = root.Child("dcim");
+  // An alias gives its target, which lies elsewhere: nothing there is ours.
+  const auto liesIn = [](const FolderItem& entry, const FolderItem& folder) {
+    return entry.Parent()->Path() == folder.Path();
+  };
   const int folders = dcim->Directory() ? dcim->Count() : 0;
   for (int i = 1; i <= folders; ++i) {
     const Ref<FolderItem> folder = dcim->Item(i);
-    const int files = folder->Directory() ? folder->Count() : 0;
+    const int files = folder->Directory() && liesIn(*folder, *dcim) ? folder->Count() : 0;
     for (int j = 1; j <= files; ++j) {
-      const Ref<FolderItem> file =
-          folder->Child(folder->Item(j)->Name());  // never an alias's target
-      if (isUnfinished(*file)) file->Delete();
+      const Ref<FolderItem> file = folder->Item(j);
+      if (liesIn(*file, *folder) && isUnfinished(*file)) file->Delete();
       RuntimeBackgroundTask();
     }
   }

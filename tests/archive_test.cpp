@@ -43,7 +43,6 @@ class Archive : public FileTest {
     GonfleurClass().Degonfler(item(source), item(folder / "packed"));
     return read(folder / "packed");
   }
-  Tree unpacked() { return treeOf(folder / "out"); }
 };
 
 TEST_F(Archive, OfTheExampleUnpacksTwiceIntoTheSameTree) {
@@ -87,26 +86,30 @@ TEST_F(Archive, IsMadeByTheToolWholeOrNotAtAll) {
   fs::create_directory(folder / "CD");
   EXPECT_TRUE(packs());
   EXPECT_EQ(read(folder / "made").substr(9, 3), text("CD")) << "the name of the folder itself";
-  write(folder / "CD/large", std::string(200'000, 'x'));
+  for (const char* alias : {"..", "nowhere"}) {
+    fs::create_symlink(alias, folder / "CD/odd");
+    EXPECT_FALSE(packs() || fs::exists(folder / "made")) << "with an alias to " << alias;
+    fs::remove(folder / "CD/odd");
+  }
+  write(folder / "CD/odd", std::string(200'000, 'x'));
   EXPECT_FALSE(packs() || fs::exists(folder / "made")) << "it would be cut";
-  fs::remove(folder / "CD/large");
-  fs::create_symlink("..", folder / "CD/cycle");
-  EXPECT_FALSE(packs() || fs::exists(folder / "made")) << "it would never end";
 }
 
 TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {
   unpack(text("[folder]") + folderEntry("CD", 5).substr(9) + text("?") + text("") + text("[File]") +
          fileEntry("a", "1").substr(7) + folderEntry("none", -5) + fileEntry("b", "") +
          fileEntry("c", "not counted"));
-  EXPECT_EQ(unpacked(), (Tree{"CD", "CD/a", "CD/b", "CD/none"}));
-  unpack(fileEntry("alone", "x"));
-  EXPECT_EQ(read(folder / "out/alone"), "x");
+  EXPECT_EQ(treeOf(folder / "out"), (Tree{"CD", "CD/a", "CD/b", "CD/none"}));
 }
 
 TEST_F(Archive, CutShortOrWithLengthsThatLieIsReadAsFarAsItGoes) {
   for (const std::size_t size : {0U, 5U, 20U, 30U, 50U, 62U, 66U, 80U, 97U}) {
     unpack(example.substr(0, size));
-    EXPECT_EQ(unpacked().size(), size < 12 ? 0U : size < 43 ? 1U : size < 72 ? 2U : 3U) << size;
+    EXPECT_EQ(treeOf(folder / "out").size(), size < 12   ? 0U
+                                             : size < 43 ? 1U
+                                             : size < 72 ? 2U
+                                                         : 3U)
+        << size;
   }
   EXPECT_EQ(read(folder / "out/CD/a.txt"), "h");
   EXPECT_THROW(unpack(example.substr(0, 41)), NilObjectException) << "an empty name";
@@ -114,7 +117,7 @@ TEST_F(Archive, CutShortOrWithLengthsThatLieIsReadAsFarAsItGoes) {
   unpack(text("[FILE]") + text("long") + times + number(INT_MAX) + "all there is");
   unpack(text("[FILE]") + text("negative") + times + number(-1) + "not read");
   EXPECT_EQ(read(folder / "out/long") + read(folder / "out/negative"), "all there is");
-  EXPECT_EQ(unpacked(), (Tree{"CD", "CD/X", "CD/a.txt", "long", "negative"}));
+  EXPECT_EQ(treeOf(folder / "out"), (Tree{"CD", "CD/X", "CD/a.txt", "long", "negative"}));
 
   std::string deep;
   for (int i = 0; i < 5000; ++i) deep += folderEntry("d", 1);

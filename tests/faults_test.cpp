@@ -141,7 +141,8 @@ class Faults : public FileTest {
 
 TEST_F(Faults, OfTheDiskOrTheProgramAtAnyWriteOrReadLeaveNothingHalf) {
   const Patience once{0, true}, onceByHalf{0, true, true}, everByHalf{0, false, true}, ever{0};
-  const auto copy = [&] { fs::copy(cd, folder / "killed", fs::copy_options::recursive); };
+  constexpr auto recursive = fs::copy_options::recursive, links = fs::copy_options::copy_symlinks;
+  const auto copy = [&] { fs::copy(cd, folder / "killed", recursive | links); };
   for (auto [calls, way] : {std::pair{&writes, once},
                             {&writes, onceByHalf},
                             {&writes, everByHalf},
@@ -151,9 +152,10 @@ TEST_F(Faults, OfTheDiskOrTheProgramAtAnyWriteOrReadLeaveNothingHalf) {
     for (int failures = 1; failures > 0; ++way.left) {
       SCOPED_TRACE(way.left);
       const bool kill = way.instead != nullptr;
-      fs::create_directory(cd);
       if (!kill)
         write(cd / "DIGIFILM/dcim/100k6230/002.jpg", calm.at("DIGIFILM/dcim/100k6230/003.jpg"));
+      fs::create_directories(cd / "DIGIFILM");
+      fs::create_symlink("nowhere", cd / "DIGIFILM/autorun.inf");  // to be replaced
       *calls = way;
       build(cd);
       failures = std::exchange(*calls, {}).failures;

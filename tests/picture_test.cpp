@@ -1,6 +1,7 @@
 #include <random>
 #include <vips/vips8>
 
+#include "photos/scan.h"
 #include "platform/core/jpegmarkers.h"
 #include "support.h"
 
@@ -10,14 +11,10 @@ using vips::VImage;
 
 class Pictures : public FileTest {
  protected:
-  /// A file of these bytes, under a name that tells nothing of its format.
+  /// A file of these bytes, under a name without a format.
   Ref<FolderItem> fileOf(const std::string& bytes) const {
     write(folder / "file", bytes);
     return item(folder / "file");
-  }
-  static bool opens(const Ref<FolderItem>& file) {
-    const auto picture = file->OpenAsPicture();
-    return picture && picture->decodes();
   }
   static bool decodesCompletely(const std::string& bytes) try {
     const char* options = bytes.starts_with("\xff\xd8") ? "[unlimited]" : "";
@@ -81,7 +78,7 @@ TEST_F(Pictures, OfDeepColourGreyAndTransparencyKeepTheirTones) {
     expectColours(saved(encoded(opaque.bandjoin(0), ".tif")), std::vector<double>(12, 255));
 }
 
-TEST_F(Pictures, AreToldFromOtherFilesAsACompleteDecodeTellsThem) {
+TEST_F(Pictures, AreWhatACompleteDecodeDecodes) {
   std::vector<std::string> files;
   for (const auto& set : {fs::path(ORVELIN_SAMPLES), fs::path(ORVELIN_SEEDS) / "picture"})
     for (const auto& [name, bytes] : contentsOf(set)) files.push_back(bytes);
@@ -94,7 +91,7 @@ TEST_F(Pictures, AreToldFromOtherFilesAsACompleteDecodeTellsThem) {
       for (std::size_t flips = damage % 8; flips > 0 && reach > 0; --flips)
         bytes[random() % reach] = static_cast<char>(random());
       const bool decodes = decodesCompletely(bytes);
-      EXPECT_EQ(opens(fileOf(bytes)), decodes);
+      EXPECT_EQ(isOpenablePicture(fileOf(bytes)), decodes);
       EXPECT_TRUE(!decodes || fs::exists(saved(bytes))) << "what is taken can be saved";
       ++(decodes ? pictures : others);
     }
@@ -106,7 +103,7 @@ TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
                            "P3\n1 1\n255\n255 0 0\n", "%PDF-1.4\n", "\xff\xd8\xff\xe0",
                            "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
                            "push graphic-context\nviewbox 0 0 9 9\n"})
-    EXPECT_FALSE(opens(fileOf(text))) << text;
+    EXPECT_FALSE(isOpenablePicture(fileOf(text))) << text;
 }
 
 TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
@@ -119,11 +116,11 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
 
   const std::string bytes = read(fs::path(ORVELIN_SEEDS) / "picture/interlaced");
   EXPECT_EQ(countScans(bytes), 10);
-  EXPECT_TRUE(opens(fileOf(bytes)));
+  EXPECT_TRUE(isOpenablePicture(fileOf(bytes)));
   const auto scan = bytes.rfind("\xff\xda");
   std::string endless = bytes.substr(0, bytes.size() - 2);
   for (int i = 0; i < 3000; ++i) endless += bytes.substr(scan, bytes.size() - 2 - scan);
-  EXPECT_FALSE(opens(fileOf(endless + "\xff\xd9")));
+  EXPECT_FALSE(isOpenablePicture(fileOf(endless + "\xff\xd9")));
 }
 
 }  // namespace orvelin::test

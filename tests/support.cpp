@@ -57,7 +57,7 @@ void becomeOrdinaryUser() { setEffective(0); }
 Scratch::Scratch() {
   forgetReports();
   VIPS_INIT("orvelin tests");
-  std::string pattern = (fs::temp_directory_path() / "orvelin-XXXXXX").string();
+  std::string pattern = (fs::temp_directory_path() / "orvelin é%41-XXXXXX").string();
   folder = ::mkdtemp(pattern.data());
 }
 

@@ -11,15 +11,25 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Whether symlinks below the folder lead back into a folder above them, or on without end.
-bool hasCycle(FolderItem& folder, Descent& descent) {
-  if (!descent.enter(folder)) return true;
+/// Whether all of the folder can be packed: every file opens, and no symlink leads back into a
+/// folder that contains it. Logs what can't.
+bool isPackable(FolderItem& folder, Descent& descent) {
+  if (!descent.enter(folder)) {
+    report({"Impossible d'archiver le dossier", folder.Path(), "des alias tournent en rond"});
+    return false;
+  }
   const int count = folder.Count();
-  for (int i = 1; i <= count; ++i)
-    if (const auto entry = folder.Item(i); entry->Directory() && hasCycle(*entry, descent))
-      return true;
+  for (int i = 1; i <= count; ++i) {
+    const Ref<FolderItem> entry = folder.Item(i);
+    if (entry->Directory()) {
+      if (!isPackable(*entry, descent)) return false;
+    } else if (const auto file = entry->OpenAsBinaryFile(); !file) {
+      report(*file.why());
+      return false;
+    }
+  }
   descent.leave();
-  return false;
+  return true;
 }
 
 /// Packs the folder. False, with the reason logged, when the archive could not be written.
@@ -56,8 +66,7 @@ int main(int argc, char** argv) {
     if (fs::is_regular_file(target, error)) fs::remove(target, error);
   };
   removeArchive();  // an older archive must not pass for the new one
-  if (Descent descent; hasCycle(folder, descent))
-    return fail(argv[1], "contains a symlink to a folder that contains it");
+  if (Descent descent; !isPackable(folder, descent)) return fail(argv[1], "can't be packed");
   if (pack(folder, FolderItem(target.string()))) return 0;
   removeArchive();
   return fail(argv[2], "could not be written");

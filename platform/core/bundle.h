@@ -4,8 +4,8 @@
 
 namespace orvelin {
 
-/// The application's bundle, the folder `Orvelin.app`, told from the running program's own place
-/// whatever the current directory is and whichever link it was started through.
+/// The application's bundle, the folder `Orvelin.app`, derived from the executable's path whatever
+/// the current directory is and whichever symlink started the program.
 std::filesystem::path bundleFolder();
 /// What the application carries under that path among its resources.
 std::filesystem::path bundleResource(const std::filesystem::path& path);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <utility>
 #include <vector>
@@ -18,7 +19,8 @@ constexpr std::string_view mark = ".orvelin";
 /// Where a new file is written before it is renamed to `path`.
 std::string temporaryPath(const std::string& path) {
   const auto name = path.rfind('/') + 1;
-  return path.substr(0, name) + "." + path.substr(name) + std::string(mark);
+  const std::string shortened = path.substr(name, NAME_MAX - 1 - mark.size());
+  return path.substr(0, name) + "." + shortened + std::string(mark);
 }
 
 }  // namespace
@@ -118,7 +120,7 @@ bool File::close() {
 }
 
 std::string_view WholeFile::targetOf(std::string_view temporary) {
-  if (!temporary.starts_with('.') || !temporary.ends_with(mark)) return {};
+  if (!temporary.starts_with('.') || !temporary.substr(1).ends_with(mark)) return {};
   return temporary.substr(1, temporary.size() - 1 - mark.size());
 }
 

@@ -5,6 +5,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -35,12 +36,24 @@ int whyMissing(const std::filesystem::path& folder) {
   return disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0) ? ENOSPC : ENOENT;
 }
 
-/// Why `action` could not create a file. Names the folder where that is to blame, so that all files
-/// of the folder fail with the same words.
-Failure whyNotCreated(const std::string& action, const std::string& path, int error) {
+// The following name the folder where that is to blame, so that all its files fail with the same
+// words.
+
+/// Why a file could not be opened for reading.
+Failure whyNotRead(const std::string& path, int error) {
+  const auto folder = std::filesystem::path(path).parent_path();
+  if (::faccessat(AT_FDCWD, folder.c_str(), X_OK, AT_EACCESS) != 0)
+    return Failure::ofSystem("Impossible de parcourir le dossier", folder.string(), errno);
+  return Failure::ofSystem("Impossible de lire", path, error);
+}
+
+/// Why `action` could not create or write a file.
+Failure whyNotWritten(const std::string& action, const std::string& path, int error) {
   std::error_code none;
   auto folder = std::filesystem::path(path).parent_path();
-  if ((error == EACCES || error == EPERM || error == EROFS) && !isWritable(folder))
+  const bool full = error == ENOSPC || error == EDQUOT;
+  const bool refused = error == EACCES || error == EPERM || error == EROFS;
+  if (full || (refused && !isWritable(folder)))
     return Failure::ofSystem("Impossible d'écrire dans le dossier", folder.string(), error);
   if (error != ENOENT && error != ENOTDIR) return Failure::ofSystem(action, path, error);
   if (error == ENOENT) error = whyMissing(folder);
@@ -79,7 +92,7 @@ FolderItem::Identity FolderItem::identity() const {
 Date FolderItem::ModificationDate() const {
   const auto found = status(path_, STATX_MTIME);
   if (found) return Date::ofInstant(found->stx_mtime.tv_sec);
-  report(Failure::ofSystem("Impossible de lire", path_, errno));
+  report(whyNotRead(path_, errno));
   return {};
 }
 
@@ -107,7 +120,8 @@ Ref<FolderItem> FolderItem::Child(const std::string& name) const {
 }
 
 Ref<FolderItem> FolderItem::Parent() const {
-  return makeRef<FolderItem>(std::filesystem::path(path_).parent_path().string());
+  const auto end = path_.find_last_of('/', path_.find_last_not_of('/'));
+  return makeRef<FolderItem>(path_.substr(0, std::max<std::size_t>(end, 1)));
 }
 
 int FolderItem::Count() {
@@ -141,13 +155,13 @@ void FolderItem::CreateAsFolder() const {
 
 Ref<BinaryStream> FolderItem::CreateBinaryFile(const std::string&) const {
   File file = File::createInPlace(path_);
-  if (!file.isOpen()) return whyNotCreated("Impossible de créer le fichier", path_, file.error());
+  if (!file.isOpen()) return whyNotWritten("Impossible de créer le fichier", path_, file.error());
   return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Writing);
 }
 
 Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
   File file = File::openToRead(path_);
-  if (!file.isOpen()) return Failure::ofSystem("Impossible de lire", path_, file.error());
+  if (!file.isOpen()) return whyNotRead(path_, file.error());
   return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Reading);
 }
 
@@ -159,26 +173,22 @@ Ref<Picture> FolderItem::OpenAsPicture() const {
 }
 
 void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
-  constexpr const char* action = "Impossible d'enregistrer l'image";
   WholeFile target(path_);
-  if (!target.file().isOpen()) return report(whyNotCreated(action, path_, target.error()));
   const auto write = [&](std::string_view bytes) { return target.file().write(bytes); };
-  if (picture->encodeAsJPEG(write) && target.putInPlace()) return;
-  report(target.error() ? Failure::ofSystem(action, path_, target.error())
+  if (target.file().isOpen() && picture->encodeAsJPEG(write) && target.putInPlace()) return;
+  report(target.error() ? whyNotWritten("Impossible d'enregistrer l'image", path_, target.error())
                         : Failure{"Impossible de convertir l'image", picture->path(),
                                   "illisible ou trop grande"});
 }
 
 void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {
-  constexpr const char* action = "Impossible de copier vers";
   File source = File::openToRead(path_);
-  if (!source.isOpen())
-    return report(Failure::ofSystem("Impossible de copier", path_, source.error()));
+  if (!source.isOpen()) return report(whyNotRead(path_, source.error()));
   WholeFile copy(target->path_);
-  if (!copy.file().isOpen()) return report(whyNotCreated(action, target->path_, copy.error()));
-  const bool copied = copy.file().writeRestOf(source);
+  const bool copied = copy.file().isOpen() && copy.file().writeRestOf(source);
   if (copied) copy.file().takeTimeOf(source);
-  if (!copied || !copy.putInPlace()) report(Failure::ofSystem(action, target->path_, copy.error()));
+  if (!copied || !copy.putInPlace())
+    report(whyNotWritten("Impossible de copier vers", target->path_, copy.error()));
 }
 
 void FolderItem::Delete() const {

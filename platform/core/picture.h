@@ -10,7 +10,7 @@
 namespace orvelin {
 
 /// A picture file read into memory: JPEG, PNG, TIFF, WebP, HEIF, GIF or BMP. Making one looks at
-/// its header alone; its pixels are decoded by the two calls below, each time anew.
+/// its header alone; each of the two calls below decodes its pixels.
 class Picture {
  public:
   struct Format;
@@ -28,7 +28,7 @@ class Picture {
   bool decodes() const;
 
   /// Encodes what a viewer shows, its first frame upright in 8-bit sRGB, transparent parts on
-  /// white, as a JPEG with a JFIF segment and nothing else beside the pixels. Hands the bytes to
+  /// white, as a JPEG with a JFIF segment and nothing else but the pixels. Hands the bytes to
   /// `write` as they come; false when the picture can't be decoded or `write` answers false.
   bool encodeAsJPEG(const Write& write) const;
 

@@ -21,8 +21,10 @@ QWidget* mainWindow() {
   return nullptr;
 }
 
-/// The path in a file URL, byte for byte: the toolkit's own decoding loses names that are no UTF-8.
+/// The path of a file URL, byte for byte: the toolkit's own decoding loses names that are no UTF-8.
+/// Empty for a URL of another kind or machine.
 std::string pathOf(const QUrl& url) {
+  if (!url.isLocalFile() || !url.host().isEmpty()) return {};
   return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }
 

@@ -43,7 +43,7 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&
 
 struct Toolkit {
   Toolkit() : application(argc, argv) {
-    qInstallMessageHandler(usual);
+    qInstallMessageHandler(usualHandler);
     QCoreApplication::setApplicationName("Orvelin");
     QGuiApplication::setApplicationDisplayName("Orvelin");
     QGuiApplication::setDesktopFileName("orvelin");
@@ -56,11 +56,11 @@ struct Toolkit {
   }
   ~Toolkit() { installBackgroundTask(nullptr); }
 
-  // The toolkit would obey options of the command line.
+  // Not those of the program: the toolkit would obey options on its command line.
   int argc = 1;
   char name[8] = "orvelin";
   char* argv[2] = {name, nullptr};
-  const QtMessageHandler usual = qInstallMessageHandler(endWithoutDisplay);
+  const QtMessageHandler usualHandler = qInstallMessageHandler(endWithoutDisplay);
   French translator;
   QApplication application;
   bool quitting = false;

@@ -23,7 +23,7 @@ class DialogOpening {
   ~DialogOpening();
 };
 
-/// The program's background task: lets the window repaint and answer the desktop, every 20 ms.
+/// The program's background task: lets the window repaint and answer the desktop, now and then.
 void letDesktopIn();
 
 /// The event filter for the application object that discards input while an action runs.

@@ -8,8 +8,7 @@ namespace orvelin::test {
 /// once more.
 void attempt(const std::string& bytes, const fs::path& folder) {
   // Deep enough for names that climb to show where they come out.
-  const std::string out = "1/2/3/4/out";
-  const fs::path archive = folder / "archive", tree = folder / out;
+  const fs::path archive = folder / "archive", tree = folder / "1/2/3/4/out";
   const GonfleurClass gonfleur;
   write(archive, bytes);
   fs::create_directories(tree);

@@ -78,7 +78,6 @@ class Viewer(unittest.TestCase):
             self.browser.save_screenshot(folder / f'viewer-{count}.png')
 
     def test_passes_over_missing_numbers(self):
-        shutil.rmtree(folder / 'gaps', ignore_errors=True)
         shutil.copytree(folder / '160', folder / 'gaps')
         dcim = folder / 'gaps/DIGIFILM/dcim'
         for name in ('100k6230/001', '100k6230/007', '100k6230/008', '100k6230/050', '106k6230/160'):
@@ -122,7 +121,6 @@ class Viewer(unittest.TestCase):
         self.find('#play')[0].click()
         for number in (51, 2):
             self.until(lambda: self.find('#picture')[0].get_attribute('alt') == f'Photo {number}')
-        self.assertEqual(self.text('#pause'), 'Pause')
         self.find('#pause')[0].click()
         self.assertEqual(self.text('#pause'), 'Diaporama')
 
