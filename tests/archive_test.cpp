@@ -78,21 +78,22 @@ TEST_F(Archive, OfLargeFilesInnerFoldersAndLongNamesUnpacksToWhatWasPacked) {
 }
 
 TEST_F(Archive, IsMadeByTheToolWholeOrNotAtAll) {
-  const auto packs = [this] {
+  const auto status = [this] {
     const std::string limits = "/CD'; trap '' XFSZ; ulimit -f 100; ";
     return std::system(
-               ("cd '" + folder.string() + limits + "'" ORVELIN_PACK "' . ../made").c_str()) == 0;
+               ("cd '" + folder.string() + limits + "'" ORVELIN_PACK "' . ../made").c_str()) /
+           256;
   };
   fs::create_directory(folder / "CD");
-  EXPECT_TRUE(packs());
+  EXPECT_EQ(status(), 0);
   EXPECT_EQ(read(folder / "made").substr(9, 3), text("CD")) << "the name of the folder itself";
   for (const char* alias : {"..", "nowhere"}) {
     fs::create_symlink(alias, folder / "CD/odd");
-    EXPECT_FALSE(packs() || fs::exists(folder / "made")) << "with an alias to " << alias;
+    EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "with an alias to " << alias;
     fs::remove(folder / "CD/odd");
   }
   write(folder / "CD/odd", std::string(200'000, 'x'));
-  EXPECT_FALSE(packs() || fs::exists(folder / "made")) << "it would be cut";
+  EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "it would be cut";
 }
 
 TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {

@@ -41,7 +41,7 @@ Contents contentsOf(const fs::path& folder) {
   Contents contents;
   std::error_code none;
   for (const auto& entry : fs::recursive_directory_iterator(folder, none))
-    contents[fs::relative(entry.path(), folder)] =
+    contents[entry.path().lexically_relative(folder)] =
         entry.is_regular_file() ? read(entry.path()) : "a folder";
   return contents;
 }
