@@ -81,14 +81,14 @@ class WindowTest : public FileTest {
     line->setText(QString::fromStdString(path));
     QTest::keyClick(line, Qt::Key_Return);
   }
-  /// Builds a DigiFilm in full, with all three steps, and calls `meanwhile` at each of its yields.
-  void build(const std::function<void()>& meanwhile) {
+  /// Builds a DigiFilm in full, with all three steps, and calls `act` at each of its yields.
+  void build(const std::function<void()>& act) {
     choose("PushButton1", folder / "photos");
     choose("PushButton2", folder / "CD");
     closeMessage();
     frame->activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(frame));
-    atYields(meanwhile);
+    atYields(act);
     click("PushButton3");
     atYields({});
   }
