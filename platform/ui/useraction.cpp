@@ -19,7 +19,11 @@ class ActionGate : public QObject {
 
  protected:
   bool eventFilter(QObject*, QEvent* event) override {
-    return busy && dialogs == 0 && (event->isInputEvent() || event->type() == QEvent::Shortcut);
+    if (!busy || dialogs > 0) return false;
+    // Enter does nothing but pair with Leave, which is no input event: a button without it would
+    // not light up under the pointer afterwards.
+    if (event->type() == QEvent::Enter) return false;
+    return event->isInputEvent() || event->type() == QEvent::Shortcut;
   }
 };
 
