@@ -9,19 +9,20 @@
 
 namespace orvelin {
 
-/// A picture file read into memory: JPEG, PNG, TIFF, WebP, HEIF, GIF or BMP. Making one looks at
-/// its header alone; each of the two calls below decodes its pixels.
+struct PictureFormat;
+
+/// A picture file read into memory: JPEG, PNG, TIFF, WebP, HEIF, GIF or BMP. Opening one
+/// decodes no pixels; each of the two calls below does.
 class Picture {
  public:
-  struct Format;
   using Write = std::function<bool(std::string_view)>;
 
-  /// The picture that the stream holds; nil when the content is of no known format or would take
-  /// more memory than a real photograph does. `path` is for messages alone.
+  /// The picture that the stream holds; nil if the content is of no known format, a camera raw, of
+  /// unknown tones, or larger in memory than a real photograph. `path` is for messages alone.
   static Ref<Picture> read(BinaryStream& stream, const std::string& path);
 
   /// `bytes` must begin with the signature of `format`. For `read`.
-  Picture(std::string bytes, const Format& format, std::string path);
+  Picture(std::string bytes, const PictureFormat& format, std::string path);
 
   /// Whether all of the picture can be decoded, damaged parts as far as they go; keeps nothing.
   /// Decodes no further than the answer needs.
@@ -36,10 +37,11 @@ class Picture {
   const std::string& path() const { return path_; }
 
  private:
-  bool reasonable() const;
+  /// Why `read` returns nil, in French; empty if it doesn't.
+  std::string whyRefused() const;
 
   std::string bytes_;
-  const Format& format_;
+  const PictureFormat& format_;
   std::string path_;
 };
 

@@ -1,0 +1,108 @@
+#include "platform/core/colours.h"
+
+#include <vector>
+#include <vips/vips8>
+
+namespace orvelin {
+
+using vips::VImage;
+using vips::VOption;
+
+namespace {
+
+bool isCMYK(const VImage& image) { return image.interpretation() == VIPS_INTERPRETATION_CMYK; }
+
+bool isGrey(const VImage& image) {
+  return image.interpretation() == VIPS_INTERPRETATION_B_W ||
+         image.interpretation() == VIPS_INTERPRETATION_GREY16;
+}
+
+VImage onWhite(const VImage& image) {
+  if (!image.has_alpha()) return image;
+  const double most = image.format() == VIPS_FORMAT_FLOAT    ? 1
+                      : image.format() == VIPS_FORMAT_USHORT ? 65535
+                                                             : 255;
+  const double white = isCMYK(image) ? 0 : most;  // no ink
+  return image.flatten(VImage::option()->set("background", white)->set("max_alpha", most));
+}
+
+/// Whether colours don't depend on a device, so that no profile applies to them.
+bool isAbsolute(const VImage& image) {
+  switch (image.interpretation()) {
+    case VIPS_INTERPRETATION_LAB:
+    case VIPS_INTERPRETATION_LABQ:
+    case VIPS_INTERPRETATION_LABS:
+    case VIPS_INTERPRETATION_XYZ:
+      return true;
+    default:
+      return false;
+  }
+}
+
+VImage withoutProfile(const VImage& image) {
+  VImage bare = image.copy();
+  bare.remove(VIPS_META_ICC_NAME);
+  return bare;
+}
+
+/// Converts what only TIFF files hold to 8-bit or 16-bit numbers. Floating point is linear from 0
+/// to 1 with the primaries of sRGB, whatever the profile says.
+VImage withUsualNumbers(const VImage& image) {
+  if (isAbsolute(image)) {
+    // The direct way from 8-bit Lab gives stripes.
+    const VImage lab = image.colourspace(VIPS_INTERPRETATION_LAB);
+    return withoutProfile(lab.colourspace(VIPS_INTERPRETATION_sRGB));
+  }
+  if (image.format() == VIPS_FORMAT_UINT) {
+    const auto kind = isGrey(image)   ? VIPS_INTERPRETATION_GREY16
+                      : isCMYK(image) ? VIPS_INTERPRETATION_CMYK
+                                      : VIPS_INTERPRETATION_RGB16;
+    return image.cast(VIPS_FORMAT_USHORT, VImage::option()->set("shift", true))
+        .copy(VImage::option()->set("interpretation", kind));
+  }
+  if (image.format() == VIPS_FORMAT_FLOAT) {
+    const VImage opaque = onWhite(image);
+    const VImage colours = isGrey(opaque) ? VImage::bandjoin(std::vector(3, opaque)) : opaque;
+    return withoutProfile(
+        colours.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_scRGB))
+            .colourspace(VIPS_INTERPRETATION_sRGB));
+  }
+  return image;
+}
+
+}  // namespace
+
+bool hasKnownTones(const VImage& image) {
+  if (image.interpretation() == VIPS_INTERPRETATION_MULTIBAND) return false;
+  if (image.coding() == VIPS_CODING_LABQ) return true;
+  // libvips gets the transparency of some Lab files wrong.
+  if (isAbsolute(image) && image.bands() > 3) return false;
+  switch (image.format()) {
+    case VIPS_FORMAT_UCHAR:
+    case VIPS_FORMAT_USHORT:
+      return true;
+    case VIPS_FORMAT_UINT:
+      return !isAbsolute(image);
+    case VIPS_FORMAT_SHORT:
+      return image.interpretation() == VIPS_INTERPRETATION_LABS;
+    case VIPS_FORMAT_FLOAT:
+      return !isCMYK(image);
+    default:
+      return false;
+  }
+}
+
+VImage forScreen(const VImage& image) {
+  const VImage opaque = onWhite(withUsualNumbers(image));
+  if (opaque.get_typeof(VIPS_META_ICC_NAME) != 0) try {
+      VImage shared = opaque.copy();
+      shared.remove(VIPS_META_CONCURRENCY);  // colours are work for several
+      return shared.icc_transform(
+          "srgb", VImage::option()->set("embedded", true)->set("intent", VIPS_INTENT_PERCEPTUAL));
+    } catch (const vips::VError&) {
+      vips_error_clear();  // a profile that does not fit its picture is no profile
+    }
+  return opaque.colourspace(isGrey(opaque) ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB);
+}
+
+}  // namespace orvelin

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vips {
+class VImage;
+}
+
+namespace orvelin {
+
+/// A row of the table of formats.
+struct PictureFormat {
+  const char* loader;  ///< the operation of libvips that opens a file in memory
+  /// How a file may begin; if there is none, libvips recognises the format.
+  std::span<const std::string_view> signatures = {};
+  /// Whether decoding fails as it begins or not at all: damage further on gives warnings and grey,
+  /// and the scans of a JPEG that has several are all read before the first line is given.
+  bool failsAtOnce = false;
+  /// Whether the loader gives up after a number of warnings, unless its option `unlimited` is set.
+  bool givesUp = false;
+  /// Whether the loader warns of damage as it opens the file.
+  bool warnsOnOpening = false;
+  /// If set, returns in French why a file is refused although libvips decodes it; empty if it
+  /// isn't.
+  std::string (*whyRefused)(std::string_view bytes) = nullptr;
+  /// If set, returns what a viewer shows of a decoded picture.
+  vips::VImage (*shown)(const vips::VImage& image, std::string_view bytes) = nullptr;
+};
+
+/// The format of a file that begins with `head`; nullptr if it is none of ours. libvips must have
+/// been started.
+const PictureFormat* formatOf(std::string_view head);
+
+/// How many bytes of a file `formatOf` needs at most.
+inline constexpr std::size_t signatureSize = 4096;
+
+/// Opens a picture to be decoded once, from top to bottom, by one worker. `bytes` must begin with
+/// the signature of `format` and outlive the picture. Throws `vips::VError` if the header can't be
+/// read.
+vips::VImage load(const std::string& bytes, const PictureFormat& format);
+
+}  // namespace orvelin

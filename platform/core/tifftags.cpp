@@ -1,0 +1,114 @@
+#include "platform/core/tifftags.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace orvelin {
+
+namespace {
+
+struct MemoryFile {
+  std::string_view bytes;
+  std::size_t at = 0;
+};
+
+tmsize_t readFrom(thandle_t handle, void* buffer, tmsize_t count) {
+  auto& file = *static_cast<MemoryFile*>(handle);
+  const std::string_view rest = file.bytes.substr(std::min(file.at, file.bytes.size()));
+  const std::size_t taken = rest.copy(static_cast<char*>(buffer), static_cast<std::size_t>(count));
+  file.at += taken;
+  return static_cast<tmsize_t>(taken);
+}
+
+toff_t seekIn(thandle_t handle, toff_t offset, int whence) {
+  auto& file = *static_cast<MemoryFile*>(handle);
+  if (whence == SEEK_CUR) offset += file.at;
+  if (whence == SEEK_END) offset += file.bytes.size();
+  return file.at = offset;
+}
+
+toff_t sizeOf(thandle_t handle) { return static_cast<MemoryFile*>(handle)->bytes.size(); }
+
+std::unique_ptr<TIFF, decltype(&TIFFClose)> open(MemoryFile& file) {
+  const auto ignoreWrite = [](thandle_t, void*, tmsize_t) -> tmsize_t { return -1; };
+  const auto ignoreClose = [](thandle_t) { return 0; };
+  return {TIFFClientOpen("", "r", &file, readFrom, ignoreWrite, seekIn, ignoreClose, sizeOf,
+                         nullptr, nullptr),
+          TIFFClose};
+}
+
+/// The value of a tag that holds one number; 0 if the directory doesn't have it.
+template <class Number>
+Number numberOf(TIFF* tiff, std::uint32_t tag) {
+  Number number = 0;
+  TIFFGetField(tiff, tag, &number);
+  return number;
+}
+
+bool isCameraRaw(TIFF* tiff) {
+  std::uint16_t count = 0;
+  const void* values = nullptr;
+  const bool reduced =
+      (numberOf<std::uint32_t>(tiff, TIFFTAG_SUBFILETYPE) & FILETYPE_REDUCEDIMAGE) != 0;
+  return (reduced && TIFFGetField(tiff, TIFFTAG_SUBIFD, &count, &values) != 0) ||
+         TIFFGetField(tiff, TIFFTAG_DNGVERSION, &values) != 0 ||
+         numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_CFA;
+}
+
+/// What the samples after the colours are.
+std::span<const std::uint16_t> extraSamplesOf(TIFF* tiff) {
+  std::uint16_t count = 0;
+  const std::uint16_t* kinds = nullptr;
+  if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) == 0) return {};
+  return {kinds, count};
+}
+
+/// Whether the colours were multiplied by the transparency, in numbers that libvips doesn't divide
+/// again as it should.
+bool isPremultiplied(TIFF* tiff) {
+  const bool inks = numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_SEPARATED;
+  const auto extra = extraSamplesOf(tiff);
+  return !extra.empty() && extra[0] == EXTRASAMPLE_ASSOCALPHA &&
+         numberOf<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE) > (inks ? 8 : 16);
+}
+
+/// Whether libvips would take luma and chroma for red, green and blue, or white for black.
+bool isMisread(TIFF* tiff) {
+  switch (numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC)) {
+    case PHOTOMETRIC_YCBCR:
+      return numberOf<std::uint16_t>(tiff, TIFFTAG_COMPRESSION) != COMPRESSION_JPEG;
+    case PHOTOMETRIC_MINISWHITE:
+      return numberOf<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT) == SAMPLEFORMAT_IEEEFP;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+std::string whyNoPhotograph(std::string_view tiff) {
+  MemoryFile file{tiff};
+  const auto opened = open(file);
+  if (!opened) return {};
+  if (isCameraRaw(opened.get())) return "c'est le fichier brut d'un appareil photo";
+  if (isMisread(opened.get()) || isPremultiplied(opened.get()))
+    return "ses couleurs sont d'un type inconnu";
+  return {};
+}
+
+int countSpareSamples(std::string_view tiff) {
+  MemoryFile file{tiff};
+  const auto opened = open(file);
+  if (!opened) return 0;
+  const auto extra = extraSamplesOf(opened.get());
+  const bool transparency =
+      !extra.empty() && (extra[0] == EXTRASAMPLE_ASSOCALPHA || extra[0] == EXTRASAMPLE_UNASSALPHA);
+  return static_cast<int>(extra.size()) - (transparency ? 1 : 0);
+}
+
+}  // namespace orvelin

@@ -1,0 +1,54 @@
+#include "platform/core/vipsprocess.h"
+
+#include <malloc.h>
+#include <vips/vips.h>
+
+#include <cstdlib>
+
+namespace orvelin {
+
+namespace {
+
+constexpr const char* logDomain = "VIPS";
+
+void applyProcessSettings() {
+  // Cached operations would give the old picture of a file that has changed.
+  vips_cache_set_max(0);
+  // A turned picture needs all its pixels in memory. Returning that memory to the system after each
+  // picture would take a tenth of the time of converting them all.
+  ::mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  ::mallopt(M_TRIM_THRESHOLD, 128 << 20);
+  const auto discard = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
+  g_log_set_handler(logDomain, G_LOG_LEVEL_WARNING, discard, nullptr);
+}
+
+}  // namespace
+
+bool startVips() {
+  static const bool started = [] {
+    if (VIPS_INIT("orvelin") != 0) return false;
+    applyProcessSettings();
+    return std::atexit(vips_shutdown) == 0;
+  }();
+  return started;
+}
+
+// GLib calls the handler that was set last.
+DecoderWarnings::DecoderWarnings()
+    : handler_(g_log_set_handler(
+          logDomain, G_LOG_LEVEL_WARNING,
+          [](const gchar*, GLogLevelFlags, const gchar* text, gpointer data) {
+            auto& warnings = *static_cast<DecoderWarnings*>(data);
+            const std::lock_guard lock(warnings.mutex_);
+            warnings.texts_.insert(text);
+          },
+          this)) {}
+
+DecoderWarnings::~DecoderWarnings() { g_log_remove_handler(logDomain, handler_); }
+
+std::size_t DecoderWarnings::count() const {
+  const std::lock_guard lock(mutex_);
+  return texts_.size();
+}
+
+}  // namespace orvelin
