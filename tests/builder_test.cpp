@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "builder/driver.h"
 #include "builder/resourcelookup.h"
 #include "platform/core/resourcefork.h"

@@ -34,7 +34,7 @@ struct Patience {
     return instead != nullptr;
   }
 };
-Patience writes, reads, opens;
+Patience writes, reads;
 
 template <class... Args>
 ssize_t attempt(Patience& patience, int error, long number, Args... args) {
@@ -60,7 +60,8 @@ extern "C" int open(const char* path, int flags, ...) {
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) ? va_arg(rest, mode_t) : 0;
   va_end(rest);
-  return int(attempt(mode ? writes : opens, ENOSPC, SYS_openat, AT_FDCWD, path, flags, mode));
+  if (mode == 0) return int(::syscall(SYS_openat, AT_FDCWD, path, flags));
+  return int(attempt(writes, ENOSPC, SYS_openat, AT_FDCWD, path, flags, mode));
 }
 extern "C" int mkdir(const char* path, mode_t mode) {
   return int(attempt(writes, ENOSPC, SYS_mkdirat, AT_FDCWD, path, mode));
@@ -167,16 +168,6 @@ TEST_F(Faults, OfTheDiskOrTheProgramAtAnyWriteOrReadLeaveNothingHalf) {
     }
     EXPECT_GT(way.left, 20) << "there are calls to fail";
   }
-}
-
-TEST_F(Faults, ThatMakeACopyAConversionAreLogged) {
-  opens = {0, true};
-  testing::internal::CaptureStderr();
-  DigiItem(item(photos / "vacances/plage.jpg"), item(folder), 0).BuildData();
-  const std::string log = testing::internal::GetCapturedStderr();
-  EXPECT_NE(log.find("plage.jpg\u00A0»\u00A0: espace insuffisant"), std::string::npos) << log;
-  EXPECT_TRUE(fs::exists(folder / "dcim/100k6230/001.jpg"));
-  EXPECT_EQ(std::exchange(opens, {}).failures, 1);
 }
 
 TEST_F(Faults, OfThePlacesWhileABuildRunsLeaveNothingHalf) {
