@@ -38,21 +38,22 @@ class Pictures : public FileTest {
   using Colours = std::vector<double>;
   /// Saves a picture in each of these formats, separated by spaces, and expects these mean colours
   /// in the quarters of what comes out, from the top left on.
-  void expectColours(const VImage& image, const std::string& formats, const Colours& wanted) const {
+  void expectColours(const VImage& image, const std::string& formats, const Colours& wanted,
+                     double tolerance = 5) const {
     std::istringstream each(formats);
     for (std::string format; each >> format;) {
       SCOPED_TRACE(format);
-      expectColours(encoded(image, format), wanted);
+      expectColours(encoded(image, format), wanted, tolerance);
     }
   }
-  void expectColours(const std::string& bytes, const Colours& wanted) const {
+  void expectColours(const std::string& bytes, const Colours& wanted, double tolerance = 5) const {
     const auto jpeg = VImage::new_from_file(saved(bytes).c_str());
     EXPECT_STREQ(jpeg.get_string("jpeg-chroma-subsample"), jpeg.bands() == 3 ? "4:2:0" : "4:4:4");
     EXPECT_EQ(jpeg.get_typeof(VIPS_META_EXIF_NAME) + jpeg.get_typeof(VIPS_META_ICC_NAME), 0U);
     const VImage four = jpeg.colourspace(VIPS_INTERPRETATION_sRGB).shrink(80, jpeg.height() / 2.0);
     ASSERT_EQ(four.width(), 2);
     for (std::size_t i = 0; i < 12; ++i)
-      EXPECT_NEAR(four.getpoint(i / 3 % 2, i > 5).at(i % 3), wanted.at(i), 12) << i;
+      EXPECT_NEAR(four.getpoint(i / 3 % 2, i > 5).at(i % 3), wanted.at(i), tolerance) << i;
   }
   /// The picture with an Exif block that has this orientation.
   VImage tagged(const VImage& image, int orientation) const {
@@ -75,7 +76,8 @@ TEST_F(Pictures, OfEachKindAndFormatComeOutInTheirColoursWithoutAWarning) {
       colours);
   expectColours(deep, ".png .tif .heic[bitdepth=10,Q=90] .avif[bitdepth=12,Q=90]", colours);
   const VImage wide = scene.icc_transform("p3", VImage::option()->set("input_profile", "srgb"));
-  expectColours(wide, ".jpg[Q=95] .png .tif .webp[lossless] .heic[Q=98] .avif[Q=98]", colours);
+  expectColours(wide, ".jpg[Q=95] .png .tif .webp[lossless]", colours);
+  expectColours(wide, ".heic[Q=98] .avif[Q=98]", colours, 12);
 
   const Colours topLeft{224, 0, 0, 255, 255, 255, 255, 255, 255, 255, 255, 255};
   const VImage mask = (VImage::black(80, 60) + 255).embed(0, 0, 160, 120).cast(VIPS_FORMAT_UCHAR);
@@ -85,7 +87,7 @@ TEST_F(Pictures, OfEachKindAndFormatComeOutInTheirColoursWithoutAWarning) {
   const Colours paler{176, 120, 120, 120, 168, 120, 120, 120, 176, 176, 176, 120};
   const VImage pale = (scene * .25 + 120).cast(VIPS_FORMAT_UCHAR);
   const VImage inks = pale.colourspace(VIPS_INTERPRETATION_CMYK);
-  expectColours(inks, ".jpg[Q=95] .tif", paler);
+  expectColours(inks, ".jpg[Q=95] .tif", paler, 7);
   expectColours(inks.bandjoin(0), ".tif", Colours(12, 255));
   expectColours(pale.colourspace(VIPS_INTERPRETATION_LABS), ".tif", paler);
   expectColours(pale.colourspace(VIPS_INTERPRETATION_LABQ), ".tif .tif[profile=p3]", paler);
@@ -97,7 +99,7 @@ TEST_F(Pictures, OfEachKindAndFormatComeOutInTheirColoursWithoutAWarning) {
   };
   expectColours(as32Bits(scene), ".tif .tif[profile=srgb]", colours);
   expectColours(as32Bits(scene.bandjoin(mask).bandjoin(0)), ".tif", topLeft);
-  expectColours(as32Bits(inks), ".tif", paler);
+  expectColours(as32Bits(inks), ".tif", paler, 7);
   expectColours(as32Bits(grey), ".tif", Colours(12, 100));
   const VImage linear = scene.colourspace(VIPS_INTERPRETATION_scRGB);
   expectColours(linear, ".tif .tif[profile=p3]", colours);

@@ -3,6 +3,7 @@
 
 #include "fuzz.h"
 #include "photos/scan.h"
+#include "platform/core/gifframe.h"
 
 namespace orvelin::test {
 
@@ -39,8 +40,9 @@ void attempt(const std::string& bytes, const fs::path& folder) {
   item(saved)->SaveAsJPEG(picture);
   if (fs::exists(saved)) return expect(read(saved).substr(6, 4) == "JFIF", "saved as JFIF");
   const auto image = VImage::new_from_file(file->Path().c_str());
-  const bool canvas = bytes.starts_with("GIF");  // it may be larger than the image
-  expect(canvas || std::max(image.width(), image.height()) > 65500, "too large for a JPEG");
+  const auto frame = bytes.starts_with("GIF") ? firstFrameOf(bytes) : std::nullopt;
+  const int canvas = frame ? std::max(frame->canvasWidth, frame->canvasHeight) : 0;
+  expect(std::max({canvas, image.width(), image.height()}) > 65500, "too large for a JPEG");
 }
 
 }  // namespace orvelin::test
