@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/core/background.h"
+
 namespace orvelin {
 
 namespace {
@@ -93,15 +95,23 @@ bool File::write(std::string_view bytes) {
 }
 
 bool File::writeRestOf(File& source) {
+  // Small enough for a slow memory card not to keep the window waiting.
+  constexpr std::size_t step = std::size_t{1} << 18;
   // Whatever stops the kernel's copy, the end or a failure, the plain loop then meets as well.
-  constexpr std::size_t most = std::size_t{1} << 30;
-  while (::copy_file_range(source.descriptor_, nullptr, descriptor_, nullptr, most, 0) > 0) {
-  }
-  std::vector<char> block(std::size_t{1} << 18);
-  while (const std::size_t count = source.readSome(block.data(), block.size()))
+  while (::copy_file_range(source.descriptor_, nullptr, descriptor_, nullptr, step, 0) > 0)
+    RuntimeBackgroundTask();
+  std::vector<char> block(step);
+  while (const std::size_t count = source.readSome(block.data(), block.size())) {
     if (!write({block.data(), count})) return false;
+    RuntimeBackgroundTask();
+  }
   if (source.error_) error_ = source.error_;
   return source.error_ == 0;
+}
+
+void File::clear() {
+  error_ = 0;
+  if (::ftruncate(descriptor_, 0) != 0 || ::lseek(descriptor_, 0, SEEK_SET) != 0) failed();
 }
 
 void File::takeTimeOf(const File& source) {
@@ -128,7 +138,7 @@ WholeFile::WholeFile(const std::string& path)
     : path_(path), temporary_(temporaryPath(path)), file_(File::createNew(temporary_)) {}
 
 bool WholeFile::putInPlace() {
-  if (!file_.close()) return false;
+  if (!file_.close() || file_.error() != 0) return false;
   inPlace_ = std::rename(temporary_.c_str(), path_.c_str()) == 0;
   if (!inPlace_) renameError_ = errno;
   return inPlace_;

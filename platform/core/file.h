@@ -23,6 +23,7 @@ class File {
   ~File();
 
   bool isOpen() const { return descriptor_ >= 0; }
+  int descriptor() const { return descriptor_; }
   /// The `errno` of the last failure, 0 when there was none.
   int error() const { return error_; }
   /// Bytes in the file when it was opened.
@@ -33,7 +34,10 @@ class File {
   /// Writes all the bytes or answers false.
   bool write(std::string_view bytes);
   /// Appends all that is left to read of `source`, by the kernel's own means where it has them.
+  /// Runs the background task.
   bool writeRestOf(File& source);
+  /// Removes all that was written, and its error. If that fails, `error` says why.
+  void clear();
   /// Gives this file the modification time of `source`, where its disk takes it.
   void takeTimeOf(const File& source);
   /// Answers false when the system reports, only now, that something was not written.
@@ -65,7 +69,8 @@ class WholeFile {
   ~WholeFile();
 
   File& file() { return file_; }
-  /// Renames the file to its name, replacing an older one; false, with `error`, on failure.
+  /// Renames the file to its name, replacing an older one. False, with `error`, if that fails or
+  /// anything did before.
   bool putInPlace();
   int error() const { return renameError_ ? renameError_ : file_.error(); }
 
