@@ -8,8 +8,8 @@
 #include <vector>
 #include <vips/vips8>
 
-#include "platform/core/jpegmarkers.h"
 #include "platform/core/standardstreams.h"
+#include "platform/pictures/jpegmarkers.h"
 
 // Makes the files that the benchmark works on. The same call always makes the same files.
 

@@ -100,6 +100,10 @@ TEST_F(Scan, TakesEachEntryOfItsFirstListingForWhatItIsAtItsTurn) {
     for (const char* name : {"b", "c/inner", "d"}) photo(name);
   });
   EXPECT_EQ(scanned(), (Tree{"b", "inner"}));
+  fs::remove_all(folder / "photos");
+  for (const char* name : {"1", "2/3"}) fs::create_directories(folder / "photos" / name);
+  yields = 1;
+  EXPECT_EQ(scanned(), Tree());
   EXPECT_EQ(yields, 4) << "one for each entry";
 }
 

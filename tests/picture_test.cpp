@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <sstream>
 #include <vips/vips8>
 
 #include "fuzz/fuzz.h"
 #include "photos/scan.h"
-#include "platform/core/jpegmarkers.h"
+#include "platform/pictures/jpegmarkers.h"
 #include "support.h"
 
 namespace orvelin::test {
@@ -84,6 +85,19 @@ TEST_F(Pictures, OfEachKindAndFormatComeOutInTheirColoursWithoutAWarning) {
   expectColours(scene.bandjoin(mask), ".png .tif .webp .gif .heic .avif .bmp", topLeft);
   expectColours(deep.bandjoin((mask * 257).cast(VIPS_FORMAT_USHORT)), ".png .tif", topLeft);
 
+  std::string longHeader = encoded(scene, ".bmp").substr(0, 138), shortHeader;
+  longHeader[28] = 32;  // bits, eight of them for opacity
+  shortHeader = longHeader.substr(0, 54);
+  shortHeader[10] = 54;
+  shortHeader[14] = 40;  // eight of them for nothing
+  const VImage bgr0 =
+      VImage::bandjoin(std::vector{scene[2], scene[1], scene[0], scene[0] * 0}).flipver();
+  std::size_t size = 0;
+  const std::unique_ptr<void, decltype(&g_free)> pixels(
+      bgr0.cast(VIPS_FORMAT_UCHAR).write_to_memory(&size), g_free);
+  for (const std::string& header : {shortHeader, longHeader})
+    expectColours(header + std::string(static_cast<const char*>(pixels.get()), size), colours);
+
   const Colours paler{176, 120, 120, 120, 168, 120, 120, 120, 176, 176, 176, 120};
   const VImage pale = (scene * .25 + 120).cast(VIPS_FORMAT_UCHAR);
   const VImage inks = pale.colourspace(VIPS_INTERPRETATION_CMYK);
@@ -146,15 +160,18 @@ TEST_F(Pictures, OfGifFilesShowTheWholeCanvas) {
   }
 }
 
-TEST_F(Pictures, ThatAreCutAreTakenWithAWarningInThreeFormats) {
+TEST_F(Pictures, ThatAreCutAreTakenWithAWarningInFourFormats) {
   const VImage noise = VImage::gaussnoise(160, 120).cast(VIPS_FORMAT_UCHAR);
   for (const std::string format : {"jpg", "png", "gif", "tif", "webp", "heic", "avif", "bmp"}) {
     std::string bytes = encoded(noise, "." + format);
     bytes.resize(bytes.size() * 2 / 3);
     forgetReports();
     testing::internal::CaptureStderr();
-    const bool taken = isOpenablePicture(fileOf(bytes)) && fs::exists(saved(bytes));
-    EXPECT_EQ(taken, format == "jpg" || format == "png" || format == "gif") << format;
+    const auto picture = fileOf(bytes)->OpenAsPicture();
+    const bool taken = picture && picture->decodes();
+    if (taken) item(folder / format)->SaveAsJPEG(picture);
+    EXPECT_EQ(taken, fs::exists(folder / format)) << format;
+    EXPECT_EQ(taken, std::string("jpg png gif bmp").find(format) != std::string::npos) << format;
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_NE(log.find(taken ? "Image à vérifier" : "Image ignorée"), std::string::npos) << format;
   }
@@ -205,6 +222,23 @@ TEST_F(Pictures, OfCamerasOwnFormatsAndUnknownTonesAreRefused) {
   expectColours(tiffWith(scene.bandjoin(0), {selection}), colours);
   const VImage inks = scene.colourspace(VIPS_INTERPRETATION_CMYK);
   EXPECT_EQ(whyRefused(inks.cast(VIPS_FORMAT_FLOAT), {}), unknown);
+
+  // As old scanners wrote it: a whole JPEG file is the only strip.
+  const std::string jpeg = encoded(scene, ".jpg[Q=95]");
+  constexpr std::uint32_t at = 200'000;
+  const auto size = static_cast<std::uint32_t>(jpeg.size());
+  std::string old = tiffWith(scene, {{TIFFTAG_COMPRESSION, TIFF_SHORT, 1, COMPRESSION_OJPEG},
+                                     photometric(PHOTOMETRIC_YCBCR),
+                                     {TIFFTAG_STRIPOFFSETS, TIFF_LONG, 1, at},
+                                     {TIFFTAG_STRIPBYTECOUNTS, TIFF_LONG, 1, size},
+                                     {TIFFTAG_ROWSPERSTRIP, TIFF_SHORT, 1, 120},
+                                     {TIFFTAG_JPEGIFOFFSET, TIFF_LONG, 1, at},
+                                     {TIFFTAG_JPEGIFBYTECOUNT, TIFF_LONG, 1, size},
+                                     {TIFFTAG_YCBCRSUBSAMPLING, TIFF_SHORT, 2, 2 | 2 << 16}});
+  old.resize(at);
+  expectColours(old + jpeg, colours);
+  old.replace(8, 3, "CR\2");
+  EXPECT_FALSE(fileOf(old + jpeg)->OpenAsPicture());
 }
 
 TEST_F(Pictures, ThatAreDamagedAreTakenIfACompleteDecodeSucceeds) {
@@ -232,6 +266,9 @@ TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
 }
 
 TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
+  // Where libraries would use temporary files or more threads, too.
+  for (const char* format : {".png", ".webp[lossless,effort=0]", ".bmp"})
+    EXPECT_TRUE(fs::exists(saved(encoded(VImage::black(6000, 6000), format)))) << format;
   EXPECT_TRUE(fs::exists(saved(encoded(VImage::black(65500, 8), ".png"))));
   std::string png = read(sample("aquarelle.png")), bmp = read(sample("plan [2005].bmp"));
   const std::string ffffPixelsASide("\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00", 10);
@@ -240,8 +277,12 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
   for (const auto& large : {png, bmp}) EXPECT_FALSE(fileOf(large)->OpenAsPicture());
 
   const std::string bytes = read(fs::path(ORVELIN_SEEDS) / "picture/interlaced");
-  EXPECT_EQ(countScans(bytes), 10);
+  EXPECT_EQ(scansOf(bytes).count, 10);
   EXPECT_TRUE(isOpenablePicture(fileOf(bytes)));
+  std::string buffered = bytes.substr(0, bytes.find("\xff\xda", bytes.find("\xff\xda") + 2));
+  EXPECT_TRUE(fileOf(buffered)->OpenAsPicture());
+  buffered.replace(buffered.find("\xff\xc2") + 5, 4, "\x65\x90\x65\x90");  // 26,000 pixels a side
+  EXPECT_FALSE(fileOf(buffered)->OpenAsPicture());
   const auto scan = bytes.rfind("\xff\xda");
   std::string endless = bytes.substr(0, bytes.size() - 2);
   for (int i = 0; i < 3000; ++i) endless += bytes.substr(scan, bytes.size() - 2 - scan);

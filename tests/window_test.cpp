@@ -1,3 +1,5 @@
+#include <sys/wait.h>
+
 #include <QtTest>
 #include <QtWidgets>
 #include <utility>
@@ -100,6 +102,7 @@ class WindowTest : public FileTest {
       message = box.text().toStdString();
       EXPECT_EQ(box.textFormat(), Qt::PlainText);
       EXPECT_FALSE(QGuiApplication::overrideCursor()) << "the pointer is busy over a message";
+      EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "pictures are decoded behind a message";
       QTest::keyClick(&dialog, Qt::Key_Return);
     });
   }

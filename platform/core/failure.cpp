@@ -57,6 +57,7 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
       {EMFILE, "trop de fichiers ouverts", closeOthers},
       {ENFILE, "trop de fichiers ouverts", closeOthers},
       {ENOMEM, "mémoire insuffisante", closeOthers},
+      {EAGAIN, "trop de programmes ouverts", closeOthers},
   };
   for (const auto& row : known)
     if (row.error == error) return {action, path, row.reason, row.advice};

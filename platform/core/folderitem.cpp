@@ -166,19 +166,18 @@ Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
 }
 
 Ref<Picture> FolderItem::OpenAsPicture() const {
-  const Ref<BinaryStream> stream = OpenAsBinaryFile();
-  if (stream) return Picture::read(*stream, path_);
-  report(*stream.why());
-  return *stream.why();
+  File file = File::openToRead(path_);
+  if (file.isOpen()) return Picture::read(std::move(file), path_);
+  const Failure failure = whyNotRead(path_, file.error());
+  report(failure);
+  return failure;
 }
 
 void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
   WholeFile target(path_);
-  const auto write = [&](std::string_view bytes) { return target.file().write(bytes); };
-  if (target.file().isOpen() && picture->encodeAsJPEG(write) && target.putInPlace()) return;
-  report(target.error() ? whyNotWritten("Impossible d'enregistrer l'image", path_, target.error())
-                        : Failure{"Impossible de convertir l'image", picture->path(),
-                                  "illisible ou trop grande"});
+  if (target.file().isOpen() && !picture->encodeAsJPEG(target.file())) return;
+  if (!target.putInPlace())
+    report(whyNotWritten("Impossible d'enregistrer l'image", path_, target.error()));
 }
 
 void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <utility>
 
+#include "platform/core/pictureprocess.h"
 #include "platform/ui/runtime.h"
 
 namespace orvelin {
@@ -54,6 +55,7 @@ void performAction(const std::function<void()>& action) {
   gate().busy = true;
   showBusy(true);
   handlingFailures(action);
+  endPictureProcess();
   dropInput();
   showBusy(false);
   gate().busy = false;
@@ -68,6 +70,7 @@ void afterAction(const std::function<void()>& step) {
 }
 
 DialogOpening::DialogOpening() {
+  endPictureProcess();
   if (gate().busy) {
     dropInput();
     showBusy(false);
@@ -82,7 +85,7 @@ DialogOpening::~DialogOpening() {
 
 void letDesktopIn() {
   // The coarse clock costs a few nanoseconds, a look at the window system microseconds.
-  constexpr long interval = 20'000'000;
+  constexpr long interval = 8'000'000;
   static timespec last{};
   timespec now{};
   ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);

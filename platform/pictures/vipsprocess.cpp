@@ -1,8 +1,9 @@
-#include "platform/core/vipsprocess.h"
+#include "platform/pictures/vipsprocess.h"
 
 #include <malloc.h>
 #include <vips/vips.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace orvelin {
@@ -12,6 +13,11 @@ namespace {
 constexpr const char* logDomain = "VIPS";
 
 void applyProcessSettings() {
+  // Large pictures would be decoded to a temporary file.
+  ::setenv("VIPS_DISC_THRESHOLD", "1000g", 1);
+  // Each worker takes memory, which is limited.
+  constexpr int maxWorkers = 8;
+  vips_concurrency_set(std::min(vips_concurrency_get(), maxWorkers));
   // Cached operations would give the old picture of a file that has changed.
   vips_cache_set_max(0);
   // A turned picture needs all its pixels in memory. Returning that memory to the system after each
@@ -33,6 +39,8 @@ bool startVips() {
   return started;
 }
 
+void warnOfDamage(const char* text) { g_log(logDomain, G_LOG_LEVEL_WARNING, "%s", text); }
+
 // GLib calls the handler that was set last.
 DecoderWarnings::DecoderWarnings()
     : handler_(g_log_set_handler(
@@ -46,9 +54,14 @@ DecoderWarnings::DecoderWarnings()
 
 DecoderWarnings::~DecoderWarnings() { g_log_remove_handler(logDomain, handler_); }
 
-std::size_t DecoderWarnings::count() const {
+void DecoderWarnings::ignorePast() {
   const std::lock_guard lock(mutex_);
-  return texts_.size();
+  ignored_ = texts_.size();
+}
+
+bool DecoderWarnings::any() const {
+  const std::lock_guard lock(mutex_);
+  return texts_.size() > ignored_;
 }
 
 }  // namespace orvelin

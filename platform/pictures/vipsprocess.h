@@ -11,6 +11,9 @@ namespace orvelin {
 /// program ends. Returns false if it can't start.
 bool startVips();
 
+/// Warns as a decoder of libvips does.
+void warnOfDamage(const char* text);
+
 /// Collects the warnings of libvips while it exists; nothing else sees them.
 ///
 /// Decoders warn of damage that they pass over: the one for GIF on opening, the one for JPEG when
@@ -25,12 +28,15 @@ class DecoderWarnings {
   DecoderWarnings& operator=(const DecoderWarnings&) = delete;
   ~DecoderWarnings();
 
-  /// The number of different texts so far.
-  std::size_t count() const;
+  /// Passes over the texts so far.
+  void ignorePast();
+  /// Whether there are texts that were not passed over.
+  bool any() const;
 
  private:
   mutable std::mutex mutex_;  // libvips warns from its workers
   std::set<std::string> texts_;
+  std::size_t ignored_ = 0;
   unsigned handler_;
 };
 

@@ -1,4 +1,4 @@
-#include "platform/core/tifftags.h"
+#include "platform/pictures/tifftags.h"
 
 #include <tiffio.h>
 
@@ -7,8 +7,15 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <utility>
+#include <vector>
+#include <vips/vips8>
+
+#include "platform/pictures/colours.h"
 
 namespace orvelin {
+
+using vips::VImage;
 
 namespace {
 
@@ -77,11 +84,21 @@ bool isPremultiplied(TIFF* tiff) {
          numberOf<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE) > (inks ? 8 : 16);
 }
 
+bool isOldJpeg(TIFF* tiff) {
+  return numberOf<std::uint16_t>(tiff, TIFFTAG_COMPRESSION) == COMPRESSION_OJPEG;
+}
+
+std::uint64_t pixelsOf(TIFF* tiff) {
+  return std::uint64_t{numberOf<std::uint32_t>(tiff, TIFFTAG_IMAGEWIDTH)} *
+         numberOf<std::uint32_t>(tiff, TIFFTAG_IMAGELENGTH);
+}
+
 /// Whether libvips would take luma and chroma for red, green and blue, or white for black.
 bool isMisread(TIFF* tiff) {
   switch (numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC)) {
     case PHOTOMETRIC_YCBCR:
-      return numberOf<std::uint16_t>(tiff, TIFFTAG_COMPRESSION) != COMPRESSION_JPEG;
+      return !isOldJpeg(tiff) &&
+             numberOf<std::uint16_t>(tiff, TIFFTAG_COMPRESSION) != COMPRESSION_JPEG;
     case PHOTOMETRIC_MINISWHITE:
       return numberOf<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT) == SAMPLEFORMAT_IEEEFP;
     default:
@@ -91,14 +108,19 @@ bool isMisread(TIFF* tiff) {
 
 }  // namespace
 
-std::string whyNoPhotograph(std::string_view tiff) {
+PictureVerdict verdictOnTIFF(std::string_view tiff) {
+  constexpr std::size_t markAt = 8;  // of the raws that have one
+  if (tiff.substr(std::min(markAt, tiff.size())).starts_with("CR\2"))
+    return PictureVerdict::CameraRaw;
   MemoryFile file{tiff};
   const auto opened = open(file);
-  if (!opened) return {};
-  if (isCameraRaw(opened.get())) return "c'est le fichier brut d'un appareil photo";
+  if (!opened) return PictureVerdict::Good;
+  if (isCameraRaw(opened.get())) return PictureVerdict::CameraRaw;
   if (isMisread(opened.get()) || isPremultiplied(opened.get()))
-    return "ses couleurs sont d'un type inconnu";
-  return {};
+    return PictureVerdict::UnknownColours;
+  constexpr std::uint64_t maxPixels = maxPictureBytes / 8;  // libtiff's copy, and ours
+  const bool fits = !isOldJpeg(opened.get()) || pixelsOf(opened.get()) <= maxPixels;
+  return fits ? PictureVerdict::Good : PictureVerdict::TooLarge;
 }
 
 int countSpareSamples(std::string_view tiff) {
@@ -109,6 +131,23 @@ int countSpareSamples(std::string_view tiff) {
   const bool transparency =
       !extra.empty() && (extra[0] == EXTRASAMPLE_ASSOCALPHA || extra[0] == EXTRASAMPLE_UNASSALPHA);
   return static_cast<int>(extra.size()) - (transparency ? 1 : 0);
+}
+
+VImage decodeOldJpegOf(std::string_view tiff) {
+  MemoryFile file{tiff};
+  const auto opened = open(file);
+  if (!opened || !isOldJpeg(opened.get())) return {};
+  const auto width = numberOf<std::uint32_t>(opened.get(), TIFFTAG_IMAGEWIDTH);
+  const auto height = numberOf<std::uint32_t>(opened.get(), TIFFTAG_IMAGELENGTH);
+  const int orientation = std::max<int>(numberOf<std::uint16_t>(opened.get(), TIFFTAG_ORIENTATION),
+                                        ORIENTATION_TOPLEFT);
+  std::vector<std::uint32_t> pixels(pixelsOf(opened.get()));
+  // As the file has it: libtiff flips, but doesn't turn.
+  if (TIFFReadRGBAImageOriented(opened.get(), width, height, pixels.data(), orientation, 1) == 0)
+    throw vips::VError();
+  VImage image = fromRGBA(std::move(pixels), static_cast<int>(width), static_cast<int>(height));
+  image.set(VIPS_META_ORIENTATION, orientation);
+  return image;
 }
 
 }  // namespace orvelin

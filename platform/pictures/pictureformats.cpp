@@ -1,11 +1,12 @@
-#include "platform/core/pictureformats.h"
+#include "platform/pictures/pictureformats.h"
 
 #include <algorithm>
 #include <vips/vips8>
 
-#include "platform/core/gifframe.h"
-#include "platform/core/jpegmarkers.h"
-#include "platform/core/tifftags.h"
+#include "platform/pictures/bmp.h"
+#include "platform/pictures/gifframe.h"
+#include "platform/pictures/jpegmarkers.h"
+#include "platform/pictures/tifftags.h"
 
 namespace orvelin {
 
@@ -15,10 +16,18 @@ using namespace std::string_view_literals;
 
 namespace {
 
-std::string whyTooLong(std::string_view jpeg) {
-  constexpr int mostScans = 100;
-  return countScans(jpeg) > mostScans ? "trop longue à décoder" : "";
+PictureVerdict verdictOnJPEG(std::string_view jpeg) {
+  constexpr int maxScans = 100;
+  return scansOf(jpeg).count > maxScans ? PictureVerdict::TooManyScans : PictureVerdict::Good;
 }
+
+int copiesOfJPEG(std::string_view jpeg) {
+  return scansOf(jpeg).buffered ? 3 : 1;  // coefficients have two bytes
+}
+
+/// For decoders that hold the whole picture, and convert it.
+int threeCopies(std::string_view) { return 3; }
+int fourCopies(std::string_view) { return 4; }
 
 /// The whole canvas, white where the first frame doesn't cover it. libvips ignores the size of the
 /// canvas if it finds it suspicious, and leaves the rest black if the GIF has no transparent
@@ -42,18 +51,26 @@ VImage withoutSpareBands(const VImage& image, std::string_view tiff) {
 constexpr std::string_view signaturesOfBMP[] = {"BM"sv};
 constexpr std::string_view signaturesOfTIFF[] = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};
 
-// The only loaders that are ever called: libvips knows many more, which take drawings, documents
-// and tables of numbers for pictures. ImageMagick's is asked for one format alone.
+// The only decoders that are ever called: libvips knows many more, which take drawings, documents
+// and tables of numbers for pictures.
 constexpr PictureFormat formats[] = {
-    {.loader = "jpegload_buffer", .failsAtOnce = true, .givesUp = true, .whyRefused = whyTooLong},
+    {.loader = "jpegload_buffer",
+     .failsAtOnce = true,
+     .givesUp = true,
+     .copies = copiesOfJPEG,
+     .verdictOn = verdictOnJPEG},
     {.loader = "pngload_buffer", .failsAtOnce = true},
-    {.loader = "heifload_buffer"},
-    {.loader = "webpload_buffer"},
-    {.loader = "gifload_buffer", .warnsOnOpening = true, .shown = onCanvas},
-    {.loader = "magickload_buffer", .signatures = signaturesOfBMP},
+    {.loader = "heifload_buffer", .copies = threeCopies},
+    {.loader = "webpload_buffer", .copies = fourCopies},
+    {.loader = "gifload_buffer", .warnsOnOpening = true, .copies = threeCopies, .shown = onCanvas},
+    {.signatures = signaturesOfBMP,
+     .warnsOnOpening = true,
+     .verdictOn = verdictOnBMP,
+     .decoded = decodeBMP},
     {.loader = "tiffload_buffer",
      .signatures = signaturesOfTIFF,
-     .whyRefused = whyNoPhotograph,
+     .verdictOn = verdictOnTIFF,
+     .decoded = decodeOldJpegOf,
      .shown = withoutSpareBands},
 };
 
@@ -73,7 +90,8 @@ const PictureFormat* formatOf(std::string_view head) {
 }
 
 VImage load(const std::string& bytes, const PictureFormat& format) {
-  VImage image;
+  VImage image = format.decoded ? format.decoded(bytes) : VImage();
+  if (!image.is_null()) return image;
   VipsBlob* const blob = vips_blob_new(nullptr, bytes.data(), bytes.size());
   VOption* const options = VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
   if (format.givesUp) options->set("unlimited", true);

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/core/picturemessages.h"
+
 namespace vips {
 class VImage;
 }
@@ -12,7 +14,8 @@ namespace orvelin {
 
 /// A row of the table of formats.
 struct PictureFormat {
-  const char* loader;  ///< the operation of libvips that opens a file in memory
+  /// The operation of libvips that opens a file in memory, if one does.
+  const char* loader = nullptr;
   /// How a file may begin; if there is none, libvips recognises the format.
   std::span<const std::string_view> signatures = {};
   /// Whether decoding fails as it begins or not at all: damage further on gives warnings and grey,
@@ -22,9 +25,12 @@ struct PictureFormat {
   bool givesUp = false;
   /// Whether the loader warns of damage as it opens the file.
   bool warnsOnOpening = false;
-  /// If set, returns in French why a file is refused although libvips decodes it; empty if it
-  /// isn't.
-  std::string (*whyRefused)(std::string_view bytes) = nullptr;
+  /// Returns how many bytes the decoder holds at most for each byte that it gives.
+  int (*copies)(std::string_view bytes) = [](std::string_view) { return 1; };
+  /// If set, judges a file by what its decoder would not report; `Good` if nothing is wrong.
+  PictureVerdict (*verdictOn)(std::string_view bytes) = nullptr;
+  /// If set, decodes what `loader` doesn't, all of it at once; a null image if it is for `loader`.
+  vips::VImage (*decoded)(std::string_view bytes) = nullptr;
   /// If set, returns what a viewer shows of a decoded picture.
   vips::VImage (*shown)(const vips::VImage& image, std::string_view bytes) = nullptr;
 };
@@ -37,8 +43,7 @@ const PictureFormat* formatOf(std::string_view head);
 inline constexpr std::size_t signatureSize = 4096;
 
 /// Opens a picture to be decoded once, from top to bottom, by one worker. `bytes` must begin with
-/// the signature of `format` and outlive the picture. Throws `vips::VError` if the header can't be
-/// read.
+/// the signature of `format` and outlive the picture. Throws `vips::VError` if that fails.
 vips::VImage load(const std::string& bytes, const PictureFormat& format);
 
 }  // namespace orvelin

@@ -1,5 +1,7 @@
-#include "platform/core/colours.h"
+#include "platform/pictures/colours.h"
 
+#include <memory>
+#include <utility>
 #include <vector>
 #include <vips/vips8>
 
@@ -71,6 +73,17 @@ VImage withUsualNumbers(const VImage& image) {
 }
 
 }  // namespace
+
+VImage fromRGBA(std::vector<std::uint32_t> pixels, int width, int height) {
+  auto kept = std::make_unique<std::vector<std::uint32_t>>(std::move(pixels));
+  const VImage image = VImage::new_from_memory(kept->data(), kept->size() * sizeof(kept->front()),
+                                               width, height, 4, VIPS_FORMAT_UCHAR);
+  const auto release = [](gpointer data) {
+    std::unique_ptr<std::vector<std::uint32_t>>(static_cast<std::vector<std::uint32_t>*>(data));
+  };
+  g_object_set_data_full(G_OBJECT(image.get_image()), "pixels", kept.release(), release);
+  return image.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+}
 
 bool hasKnownTones(const VImage& image) {
   if (image.interpretation() == VIPS_INTERPRETATION_MULTIBAND) return false;

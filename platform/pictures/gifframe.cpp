@@ -1,4 +1,4 @@
-#include "platform/core/gifframe.h"
+#include "platform/pictures/gifframe.h"
 
 #include <cstddef>
 

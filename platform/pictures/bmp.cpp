@@ -1,0 +1,80 @@
+#include "platform/pictures/bmp.h"
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QImage>
+#include <QImageReader>
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+#include <vector>
+#include <vips/vips8>
+
+#include "platform/pictures/colours.h"
+#include "platform/pictures/vipsprocess.h"
+
+namespace orvelin {
+
+using vips::VImage;
+
+namespace {
+
+/// A file in memory.
+class Bytes : public QBuffer {
+ public:
+  explicit Bytes(std::string_view bytes)
+      : array_(QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()))) {
+    setBuffer(&array_);
+    open(ReadOnly | Unbuffered);  // asks for no more than the reader does
+  }
+  /// Whether more was read than there is.
+  bool isCut() const { return cut_; }
+
+ protected:
+  qint64 readData(char* data, qint64 count) override {
+    const qint64 got = QBuffer::readData(data, count);
+    if (got < count) cut_ = true;
+    return got;
+  }
+
+ private:
+  QByteArray array_;
+  bool cut_ = false;
+};
+
+}  // namespace
+
+PictureVerdict verdictOnBMP(std::string_view bmp) {
+  Bytes file(bmp);
+  const QSize size = QImageReader(&file, "bmp").size();
+  if (size.isEmpty()) return PictureVerdict::Unreadable;
+  // Qt's image, ours, and what the allocator holds between the two.
+  const auto memory = std::uint64_t{12} * static_cast<std::uint64_t>(size.width()) *
+                      static_cast<std::uint64_t>(size.height());
+  return bmp.size() + memory > maxPictureBytes ? PictureVerdict::TooLarge : PictureVerdict::Good;
+}
+
+VImage decodeBMP(std::string_view bmp) {
+  QImageReader::setAllocationLimit(maxPictureBytes >> 20);
+  Bytes file(bmp);
+  QImageReader reader(&file, "bmp");
+  QImage image(reader.size(), reader.imageFormat());
+  image.fill(0);  // the reader leaves what is missing as it was
+  if (!reader.read(&image)) throw vips::VError(reader.errorString().toStdString());
+  if (file.isCut()) warnOfDamage("the BMP file is cut");
+  const auto width = static_cast<std::size_t>(image.width());
+  std::vector<std::uint32_t> pixels(width * static_cast<std::size_t>(image.height()));
+  for (int y = 0; y < image.height(); ++y) {
+    // Converting the whole image would start threads, with calls that the process may not make.
+    const QImage line = image.copy(0, y, image.width(), 1).convertToFormat(QImage::Format_RGBA8888);
+    std::memcpy(&pixels[width * static_cast<std::size_t>(y)], line.constBits(), 4 * width);
+  }
+  // Programs that don't use the fourth byte leave it zero, whatever their header says of it.
+  const auto opacity = [](std::uint32_t pixel) { return pixel >> 24; };
+  if (std::ranges::none_of(pixels, opacity))
+    for (std::uint32_t& pixel : pixels) pixel |= 0xFF000000;
+  return fromRGBA(std::move(pixels), image.width(), image.height());
+}
+
+}  // namespace orvelin

@@ -1,0 +1,118 @@
+#include "platform/pictures/decoder.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <utility>
+#include <vips/vips8>
+
+#include "platform/pictures/colours.h"
+#include "platform/pictures/jpegmarkers.h"
+
+namespace orvelin {
+
+using vips::VImage;
+
+namespace {
+
+// What the encoder and the format of the file allow.
+constexpr int maxJpegSide = 65500;
+
+bool isTurned(const VImage& image) { return vips_image_get_orientation(image.get_image()) > 1; }
+
+VImage upright(const VImage& image) {
+  return isTurned(image) ? image.copy_memory().autorot() : image;
+}
+
+/// Bytes that decoding takes at most: for the file, for what its decoder holds, and for the 8-bit
+/// pixels of a picture that is to be turned.
+std::uint64_t memoryFor(const VImage& image, const std::string& bytes,
+                        const PictureFormat& format) {
+  const std::uint64_t held =
+      VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()) * static_cast<std::uint64_t>(format.copies(bytes));
+  const std::uint64_t turned = isTurned(image) ? 3 * VIPS_IMAGE_N_PELS(image.get_image()) : 0;
+  return bytes.size() + held + turned;
+}
+
+/// Hands encoded bytes on to `write`, with the JFIF segment that libvips leaves out.
+class JpegTarget {
+ public:
+  explicit JpegTarget(const WriteJpeg& write)
+      : write_(write), custom_(vips_target_custom_new()), target_(VIPS_TARGET(custom_)) {
+    g_signal_connect(custom_, "write", G_CALLBACK(&JpegTarget::onWrite), this);
+  }
+  const vips::VTarget& target() const { return target_; }
+
+ private:
+  static gint64 onWrite(VipsTargetCustom*, const void* data, gint64 size, JpegTarget* self) {
+    return self->passOn({static_cast<const char*>(data), static_cast<std::size_t>(size)}) ? size
+                                                                                          : -1;
+  }
+  bool passOn(std::string_view bytes) {
+    if (std::exchange(begun_, true) || bytes.substr(6, 4) == "JFIF") return write_(bytes);
+    const std::string_view start = bytes.substr(0, 2);
+    return write_(start) && write_(jfifSegment) && write_(bytes.substr(start.size()));
+  }
+
+  const WriteJpeg& write_;
+  VipsTargetCustom* custom_;
+  vips::VTarget target_;
+  bool begun_ = false;
+};
+
+/// What `step` returns; `Unreadable` if it fails.
+template <class Step>
+PictureVerdict verdictOf(Step step) try {
+  return step();
+} catch (const std::exception&) {
+  vips_error_clear();
+  return PictureVerdict::Unreadable;
+}
+
+}  // namespace
+
+Decoder::Decoder(std::string bytes)
+    : bytes_(std::move(bytes)),
+      format_(formatOf(std::string_view(bytes_).substr(0, signatureSize))),
+      verdict_(format_ ? verdictOf([this] { return inspect(); }) : PictureVerdict::NoPicture) {}
+
+PictureVerdict Decoder::perform(PictureOperation operation, const WriteJpeg& write) {
+  if (verdict_ != PictureVerdict::Good || operation == PictureOperation::Inspect) return verdict_;
+  return verdictOf([&] {
+    if (operation == PictureOperation::Decode) {
+      decode();
+      return PictureVerdict::Good;
+    }
+    if (std::max(image_.width(), image_.height()) > maxJpegSide) return PictureVerdict::TooLarge;
+    encode(write);
+    return warnings_.any() ? PictureVerdict::Suspect : PictureVerdict::Good;
+  });
+}
+
+PictureVerdict Decoder::inspect() {
+  const PictureVerdict verdict =
+      format_->verdictOn ? format_->verdictOn(bytes_) : PictureVerdict::Good;
+  if (verdict != PictureVerdict::Good) return verdict;
+  image_ = load(bytes_, *format_);
+  if (memoryFor(image_, bytes_, *format_) > maxPictureBytes) return PictureVerdict::TooLarge;
+  return hasKnownTones(image_) ? PictureVerdict::Good : PictureVerdict::UnknownColours;
+}
+
+void Decoder::decode() {
+  if (format_->failsAtOnce) image_ = image_.crop(0, 0, 1, 1);
+  const auto discard = [](VipsRegion*, VipsRect*, void*) { return 0; };
+  if (vips_sink_disc(image_.get_image(), discard, nullptr) != 0) throw vips::VError();
+}
+
+void Decoder::encode(const WriteJpeg& write) {
+  const VImage image = forScreen(std::exchange(image_, VImage()));
+  if (!format_->warnsOnOpening) warnings_.ignorePast();
+  const JpegTarget target(write);
+  upright(image).jpegsave_target(target.target(),
+                                 VImage::option()
+                                     ->set("Q", 90)
+                                     ->set("subsample_mode", VIPS_FOREIGN_SUBSAMPLE_ON)
+                                     ->set("strip", true));
+}
+
+}  // namespace orvelin

@@ -1,0 +1,118 @@
+#include "platform/pictures/confinement.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+
+#include "platform/core/pictureprocess.h"
+#include "support.h"
+
+namespace orvelin::test {
+
+using namespace std::string_literals;
+
+namespace {
+
+alignas(4096) char page[4096];
+constexpr std::size_t large = std::size_t{4} << 30;
+
+}  // namespace
+
+class ConfinementTest : public FileTest {
+ protected:
+  /// Runs `step` in a child. Returns what it returns, or the signal that ended it.
+  static int inChild(const std::function<int()>& step) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(step());
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
+  }
+  /// 1 if Landlock holds here, and 2 if seccomp does.
+  static int heldParts() {
+    return inChild([] {
+      const Confinement confinement = confine();
+      return (confinement.files ? 1 : 0) + (confinement.calls ? 2 : 0);
+    });
+  }
+  /// The only child of this one.
+  static pid_t pictureProcess() { return std::stoi(read("/proc/thread-self/children")); }
+};
+
+TEST_F(ConfinementTest, LeavesNoRightToDoAnythingButCompute) {
+  const fs::path secret = folder / "secret";
+  write(secret, "text");
+  const struct {
+    const char* what;
+    bool byLandlock;  // seccomp prevents all of them
+    std::function<long()> attempt;
+  } attempts[] = {
+      {"read a file", true, [&] { return ::open(secret.c_str(), O_RDONLY); }},
+      {"create a file", true, [&] { return ::creat((folder / "new").c_str(), 0666); }},
+      {"delete a file", true, [&] { return ::unlink(secret.c_str()); }},
+      {"change a file", false, [&] { return ::chmod(secret.c_str(), 0); }},
+      {"list a folder", true, [] { return ::open("/", O_RDONLY | O_DIRECTORY); }},
+      {"connect", false, [] { return ::socket(AF_INET, SOCK_STREAM, 0); }},
+      {"fork", false, [] { return ::fork(); }},
+      {"start a program", true, [] { return ::execl("/bin/false", "/bin/false", nullptr); }},
+      {"signal", false, [] { return ::kill(::getppid(), 0); }},
+      {"trace", false, [] { return ::ptrace(PTRACE_ATTACH, ::getppid(), 0, 0); }},
+      {"raise a limit", false, [] { return ::prlimit(0, RLIMIT_DATA, nullptr, nullptr); }},
+      {"run data", false, [] { return ::mprotect(page, sizeof page, PROT_EXEC | PROT_READ); }},
+      {"share 4 GiB", false,
+       [] {
+         constexpr int kind = MAP_SHARED | MAP_ANONYMOUS;
+         return ::mmap(nullptr, large, PROT_READ, kind, -1, 0) == MAP_FAILED ? -1 : 0;
+       }},
+      {"take 4 GiB", false, [] { return std::malloc(large) ? 0 : -1; }},
+  };
+  const int held = heldParts();
+  for (const auto& row : attempts) {
+    if ((held & 2) == 0 && !(held == 1 && row.byLandlock)) continue;
+    EXPECT_EQ(inChild([&] {
+                confine();
+                const bool denied = row.attempt() < 0;
+                return denied && (errno == EPERM || errno == EACCES || errno == ENOMEM) ? 0 : 1;
+              }),
+              0)
+        << row.what;
+  }
+  if (held != 3) GTEST_SKIP() << "the kernel or a sanitizer leaves parts of the confinement out";
+}
+
+TEST_F(ConfinementTest, HoldsForTheProcess) {
+  endPictureProcess();
+  EXPECT_TRUE(item(sample("aquarelle.png"))->OpenAsPicture());
+  const fs::path process = "/proc/" + std::to_string(pictureProcess());
+  const std::string status = read(process / "status"), calls = (heldParts() & 2) != 0 ? "2" : "0";
+  for (const std::string& line : {"NoNewPrivs:\t1"s, "Threads:\t1"s, "Seccomp:\t" + calls})
+    EXPECT_NE(status.find(line), std::string::npos) << line;
+  EXPECT_EQ(read(process / "oom_score_adj"), "1000\n");
+}
+
+TEST_F(ConfinementTest, EndsWithTheProgramHoweverThatEnds) {
+  endPictureProcess();
+  ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  inChild([] {
+    item(sample("aquarelle.png"))->OpenAsPicture();
+    ::kill(std::stoi(read("/proc/thread-self/children")),
+           SIGSTOP);  // it can't see that it is alone
+    return 0;
+  });
+  int status = 0;
+  EXPECT_GT(::waitpid(-1, &status, 0), 0);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+  ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+}  // namespace orvelin::test
