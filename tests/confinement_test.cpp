@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <iterator>
 
 #include "platform/core/pictureprocess.h"
 #include "support.h"
@@ -30,6 +31,12 @@ constexpr std::size_t large = std::size_t{4} << 30;
 
 class ConfinementTest : public FileTest {
  protected:
+  ConfinementTest() {
+    endPictureProcess();
+    while (::waitpid(-1, nullptr, 0) > 0) {  // a killed process takes a while to die
+    }
+  }
+
   /// Runs `step` in a child. Returns what it returns, or the signal that ended it.
   static int inChild(const std::function<int()>& step) {
     const pid_t child = ::fork();
@@ -91,17 +98,16 @@ TEST_F(ConfinementTest, LeavesNoRightToDoAnythingButCompute) {
 }
 
 TEST_F(ConfinementTest, HoldsForTheProcess) {
-  endPictureProcess();
   EXPECT_TRUE(item(sample("aquarelle.png"))->OpenAsPicture());
   const fs::path process = "/proc/" + std::to_string(pictureProcess());
   const std::string status = read(process / "status"), calls = (heldParts() & 2) != 0 ? "2" : "0";
   for (const std::string& line : {"NoNewPrivs:\t1"s, "Threads:\t1"s, "Seccomp:\t" + calls})
     EXPECT_NE(status.find(line), std::string::npos) << line;
   EXPECT_EQ(read(process / "oom_score_adj"), "1000\n");
+  EXPECT_EQ(std::distance(fs::directory_iterator(process / "fd"), {}), 3) << "open descriptors";
 }
 
 TEST_F(ConfinementTest, EndsWithTheProgramHoweverThatEnds) {
-  endPictureProcess();
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
   inChild([] {
     item(sample("aquarelle.png"))->OpenAsPicture();
