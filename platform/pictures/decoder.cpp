@@ -26,12 +26,11 @@ VImage upright(const VImage& image) {
 
 /// Bytes that decoding takes at most: for the file, for what its decoder holds, and for the 8-bit
 /// pixels of a picture that is to be turned.
-std::uint64_t memoryFor(const VImage& image, const std::string& bytes,
-                        const PictureFormat& format) {
+std::uint64_t memoryFor(const VImage& image, std::size_t fileSize, int copies) {
   const std::uint64_t held =
-      VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()) * static_cast<std::uint64_t>(format.copies(bytes));
+      VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()) * static_cast<std::uint64_t>(copies);
   const std::uint64_t turned = isTurned(image) ? 3 * VIPS_IMAGE_N_PELS(image.get_image()) : 0;
-  return bytes.size() + held + turned;
+  return fileSize + held + turned;
 }
 
 /// Hands encoded bytes on to `write`, with the JFIF segment that libvips leaves out.
@@ -90,11 +89,11 @@ PictureVerdict Decoder::perform(PictureOperation operation, const WriteJpeg& wri
 }
 
 PictureVerdict Decoder::inspect() {
-  const PictureVerdict verdict =
-      format_->verdictOn ? format_->verdictOn(bytes_) : PictureVerdict::Good;
-  if (verdict != PictureVerdict::Good) return verdict;
+  const Assessment assessment = format_->assess(bytes_);
+  if (assessment.verdict != PictureVerdict::Good) return assessment.verdict;
   image_ = load(bytes_, *format_);
-  if (memoryFor(image_, bytes_, *format_) > maxPictureBytes) return PictureVerdict::TooLarge;
+  if (memoryFor(image_, bytes_.size(), assessment.copies) > maxPictureBytes)
+    return PictureVerdict::TooLarge;
   return hasKnownTones(image_) ? PictureVerdict::Good : PictureVerdict::UnknownColours;
 }
 

@@ -16,18 +16,23 @@ using namespace std::string_view_literals;
 
 namespace {
 
-PictureVerdict verdictOnJPEG(std::string_view jpeg) {
+Assessment assessJPEG(std::string_view jpeg) {
   constexpr int maxScans = 100;
-  return scansOf(jpeg).count > maxScans ? PictureVerdict::TooManyScans : PictureVerdict::Good;
+  const JpegScans scans = scansOf(jpeg);
+  if (scans.count > maxScans) return {PictureVerdict::TooManyScans};
+  return {.copies = scans.buffered ? 3 : 1};  // coefficients have two bytes
 }
 
-int copiesOfJPEG(std::string_view jpeg) {
-  return scansOf(jpeg).buffered ? 3 : 1;  // coefficients have two bytes
+/// For decoders that hold `count` copies of the whole picture, to convert it.
+template <int count>
+Assessment copies(std::string_view) {
+  return {.copies = count};
 }
 
-/// For decoders that hold the whole picture, and convert it.
-int threeCopies(std::string_view) { return 3; }
-int fourCopies(std::string_view) { return 4; }
+template <PictureVerdict (*verdictOn)(std::string_view)>
+Assessment assessBy(std::string_view bytes) {
+  return {verdictOn(bytes)};
+}
 
 /// The whole canvas, white where the first frame doesn't cover it. libvips ignores the size of the
 /// canvas if it finds it suspicious, and leaves the rest black if the GIF has no transparent
@@ -54,22 +59,18 @@ constexpr std::string_view signaturesOfTIFF[] = {"II*\0"sv, "MM\0*"sv, "II+\0"sv
 // The only decoders that are ever called: libvips knows many more, which take drawings, documents
 // and tables of numbers for pictures.
 constexpr PictureFormat formats[] = {
-    {.loader = "jpegload_buffer",
-     .failsAtOnce = true,
-     .givesUp = true,
-     .copies = copiesOfJPEG,
-     .verdictOn = verdictOnJPEG},
+    {.loader = "jpegload_buffer", .failsAtOnce = true, .givesUp = true, .assess = assessJPEG},
     {.loader = "pngload_buffer", .failsAtOnce = true},
-    {.loader = "heifload_buffer", .copies = threeCopies},
-    {.loader = "webpload_buffer", .copies = fourCopies},
-    {.loader = "gifload_buffer", .warnsOnOpening = true, .copies = threeCopies, .shown = onCanvas},
+    {.loader = "heifload_buffer", .assess = copies<3>},
+    {.loader = "webpload_buffer", .assess = copies<4>},
+    {.loader = "gifload_buffer", .warnsOnOpening = true, .assess = copies<3>, .shown = onCanvas},
     {.signatures = signaturesOfBMP,
      .warnsOnOpening = true,
-     .verdictOn = verdictOnBMP,
+     .assess = assessBy<verdictOnBMP>,
      .decoded = decodeBMP},
     {.loader = "tiffload_buffer",
      .signatures = signaturesOfTIFF,
-     .verdictOn = verdictOnTIFF,
+     .assess = assessBy<verdictOnTIFF>,
      .decoded = decodeOldJpegOf,
      .shown = withoutSpareBands},
 };

@@ -12,6 +12,12 @@ class VImage;
 
 namespace orvelin {
 
+/// What can be said of a file before it is decoded.
+struct Assessment {
+  PictureVerdict verdict = PictureVerdict::Good;
+  int copies = 1;  ///< how many bytes its decoder holds at most for each byte that it gives
+};
+
 /// A row of the table of formats.
 struct PictureFormat {
   /// The operation of libvips that opens a file in memory, if one does.
@@ -25,10 +31,8 @@ struct PictureFormat {
   bool givesUp = false;
   /// Whether the loader warns of damage as it opens the file.
   bool warnsOnOpening = false;
-  /// Returns how many bytes the decoder holds at most for each byte that it gives.
-  int (*copies)(std::string_view bytes) = [](std::string_view) { return 1; };
-  /// If set, judges a file by what its decoder would not report; `Good` if nothing is wrong.
-  PictureVerdict (*verdictOn)(std::string_view bytes) = nullptr;
+  /// Judges a file by what its decoder would not report.
+  Assessment (*assess)(std::string_view bytes) = [](std::string_view) { return Assessment{}; };
   /// If set, decodes what `loader` doesn't, all of it at once; a null image if it is for `loader`.
   vips::VImage (*decoded)(std::string_view bytes) = nullptr;
   /// If set, returns what a viewer shows of a decoded picture.
