@@ -8,6 +8,7 @@
 #include <csignal>
 #include <fstream>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace orvelin {
@@ -51,10 +52,15 @@ double ChildProcess::cpuSeconds() const {
 }
 
 bool ChildProcess::waitsForDisk() const {
-  std::ifstream file("/proc/" + std::to_string(pid_) + "/stat");
-  std::string stat;
-  std::getline(file, stat);
-  return stat.find(") D ") != std::string::npos;
+  std::error_code error;
+  std::filesystem::directory_iterator thread("/proc/" + std::to_string(pid_) + "/task", error);
+  for (; !error && thread != end(thread); thread.increment(error)) {
+    std::ifstream file(thread->path() / "stat");
+    std::string stat;
+    std::getline(file, stat);
+    if (stat.find(") D ") != std::string::npos) return true;
+  }
+  return false;
 }
 
 }  // namespace orvelin

@@ -26,8 +26,8 @@ class ChildProcess {
   int error() const { return error_; }
   /// CPU time that all its threads have used so far.
   double cpuSeconds() const;
-  /// Whether its main thread is in a system call that can't be interrupted, such as a read from a
-  /// slow disk.
+  /// Whether one of its threads is in a system call that can't be interrupted, such as a read from
+  /// a slow disk.
   bool waitsForDisk() const;
 
  private:
