@@ -68,6 +68,14 @@ TEST_F(Files, AreCopiedWithTheirTimeAndCreatedEmptyInPlaceOfAliases) {
   EXPECT_EQ(read(folder / "created"), "new");
   EXPECT_EQ(fs::last_write_time(folder / "copied"), fs::last_write_time(folder / "source"));
   EXPECT_FALSE(fs::is_symlink(folder / "copied") || fs::is_symlink(folder / "created"));
+
+  atYields([&] { fs::resize_file(folder / "source", 280'000); });
+  testing::internal::CaptureStderr();
+  item(folder / "source")->CopyFileTo(item(folder / "cut"));
+  EXPECT_NE(
+      testing::internal::GetCapturedStderr().find("lire «\u00A0" + folder.string() + "/source"),
+      std::string::npos);
+  EXPECT_FALSE(fs::exists(folder / "cut"));
 }
 
 TEST_F(Files, ThatCanNotBeWrittenAreReplacedOnceTheNewOneExists) {

@@ -99,7 +99,7 @@ std::string BinaryStream::take(std::size_t count) {
 
 std::size_t BinaryStream::readSome(char* bytes, std::size_t count) {
   const std::size_t got = file_.isOpen() ? file_.readSome(bytes, count) : 0;
-  if (file_.error()) reportOnce("Impossible de lire tout le fichier");
+  if (file_.error()) reportOnce("Impossible de lire");
   if (got == 0 && count > 0) ended_ = true;
   return got;
 }

@@ -105,6 +105,8 @@ bool File::writeRestOf(File& source) {
     if (!write({block.data(), count})) return false;
     RuntimeBackgroundTask();
   }
+  if (source.error_ == 0 && ::lseek(source.descriptor_, 0, SEEK_CUR) < source.size_)
+    source.error_ = ESTALE;
   if (source.error_) error_ = source.error_;
   return source.error_ == 0;
 }

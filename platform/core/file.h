@@ -33,8 +33,9 @@ class File {
   std::size_t readSome(char* bytes, std::size_t count);
   /// Writes all the bytes or answers false.
   bool write(std::string_view bytes);
-  /// Appends all that is left to read of `source`, by the kernel's own means where it has them.
-  /// Runs the background task.
+  /// Appends all that is left to read of `source`, by the kernel's own means where it has them. An
+  /// error of `source` becomes one of this file; ESTALE if `source` has become shorter. Runs the
+  /// background task.
   bool writeRestOf(File& source);
   /// Removes all that was written, and its error. If that fails, `error` says why.
   void clear();

@@ -185,6 +185,7 @@ void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {
   if (!source.isOpen()) return report(whyNotRead(path_, source.error()));
   WholeFile copy(target->path_);
   const bool copied = copy.file().isOpen() && copy.file().writeRestOf(source);
+  if (source.error() != 0) return report(whyNotRead(path_, source.error()));
   if (copied) copy.file().takeTimeOf(source);
   if (!copied || !copy.putInPlace())
     report(whyNotWritten("Impossible de copier vers", target->path_, copy.error()));
