@@ -3,10 +3,8 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -67,13 +65,11 @@ TEST_F(ConfinementTest, LeavesNoRightToDoAnythingButCompute) {
       {"read a file", true, [&] { return ::open(secret.c_str(), O_RDONLY); }},
       {"create a file", true, [&] { return ::creat((folder / "new").c_str(), 0666); }},
       {"delete a file", true, [&] { return ::unlink(secret.c_str()); }},
-      {"change a file", false, [&] { return ::chmod(secret.c_str(), 0); }},
       {"list a folder", true, [] { return ::open("/", O_RDONLY | O_DIRECTORY); }},
       {"connect", false, [] { return ::socket(AF_INET, SOCK_STREAM, 0); }},
       {"fork", false, [] { return ::fork(); }},
       {"start a program", true, [] { return ::execl("/bin/false", "/bin/false", nullptr); }},
       {"signal", false, [] { return ::kill(::getppid(), 0); }},
-      {"trace", false, [] { return ::ptrace(PTRACE_ATTACH, ::getppid(), 0, 0); }},
       {"raise a limit", false, [] { return ::prlimit(0, RLIMIT_DATA, nullptr, nullptr); }},
       {"run data", false, [] { return ::mprotect(page, sizeof page, PROT_EXEC | PROT_READ); }},
       {"share 4 GiB", false,
@@ -104,15 +100,15 @@ TEST_F(ConfinementTest, HoldsForTheProcess) {
   for (const std::string& line : {"NoNewPrivs:\t1"s, "Threads:\t1"s, "Seccomp:\t" + calls})
     EXPECT_NE(status.find(line), std::string::npos) << line;
   EXPECT_EQ(read(process / "oom_score_adj"), "1000\n");
-  EXPECT_EQ(std::distance(fs::directory_iterator(process / "fd"), {}), 3) << "open descriptors";
+  EXPECT_EQ(std::distance(fs::directory_iterator(process / "fd"), {}), 4)
+      << "descriptors: socket, pipe, no stderr, the picture";
 }
 
 TEST_F(ConfinementTest, EndsWithTheProgramHoweverThatEnds) {
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
   inChild([] {
     item(sample("aquarelle.png"))->OpenAsPicture();
-    ::kill(std::stoi(read("/proc/thread-self/children")),
-           SIGSTOP);  // it can't see that it is alone
+    ::kill(pictureProcess(), SIGSTOP);  // it can't see that it is alone
     return 0;
   });
   int status = 0;

@@ -1,6 +1,7 @@
 #include "platform/core/pictureprocess.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -14,12 +15,13 @@
 
 #include "faults.h"
 #include "platform/core/bundle.h"
+#include "platform/pictures/decoder.h"
 
 using orvelin::test::CallFaults;
 
 namespace {
 
-CallFaults requests, answers;
+CallFaults requests, answers, reads;
 
 pid_t pictureProcess = 0;
 bool asked = false;        // after it was started
@@ -51,18 +53,17 @@ extern "C" ssize_t recv(int socket, void* bytes, size_t count, int flags) {
   if (got < 0 || !asked || answers.succeeds()) return got;
   auto& answer = *static_cast<orvelin::PictureAnswer*>(bytes);
   static int falsified = 0;
-  switch (++falsified % 4) {
-    case 0:
-      return got - 1;
-    case 1:
-      return got + 1;
-    case 2:
-      answer.verdict = orvelin::PictureVerdict(99);
-      return got;
-    default:
-      ++answer.jpegBytes;
-      return got;
-  }
+  const int kind = ++falsified % 4;
+  if (kind < 2) return got + (kind == 0 ? -1 : 1);
+  if (kind == 2) answer.verdict = orvelin::PictureVerdict(99);
+  if (kind == 3) ++answer.jpegBytes;
+  return got;
+}
+extern "C" ssize_t pread(int file, void* bytes, size_t count, off_t at) {
+  constexpr size_t most = 6000;
+  if (reads.succeeds()) return ::syscall(SYS_pread64, file, bytes, std::min(count, most), at);
+  errno = EIO;
+  return -1;
 }
 extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const auto result = int(::syscall(SYS_clock_gettime, clock, time));
@@ -113,6 +114,61 @@ TEST_F(Faults, OfThePictureProcessCostNothingOnceAndOnePictureTheSecondTime) {
       }
       EXPECT_GT(moment, 12) << "there are requests";
     }
+}
+
+TEST_F(Faults, OfAReadAreNotTakenForTheEndOfACutPicture) {
+  for (const std::string format : {"png", "tif", "webp", "gif", "heic", "avif", "bmp", "jpg"}) {
+    const std::string path = folder / ("noise." + format);
+    vips::VImage::gaussnoise(400, 300).cast(VIPS_FORMAT_UCHAR).write_to_file(path.c_str());
+    const std::string bytes = read(path);
+    int needed[2];  // reads
+    for (const auto operation : {PictureOperation::Decode, PictureOperation::Encode})
+      for (const bool cut : {false, true}) {
+        int left = 0;
+        for (int failures = 1; failures > 0; ++left) {
+          SCOPED_TRACE(format + ", read " + std::to_string(left));
+          write(path, bytes);
+          Descriptor file(::open(path.c_str(), O_RDONLY));
+          reads = {left};
+          if (cut) reads.instead = [&] { fs::resize_file(path, 0); };
+          const auto verdict =
+              Decoder(std::move(file)).perform(operation, [](auto) { return true; }).verdict;
+          failures = std::exchange(reads, {}).failures;
+          EXPECT_EQ(verdict, failures > 0 ? PictureVerdict::NotRead : PictureVerdict::Good);
+          EXPECT_LE(failures, 1) << "nothing more is read";
+        }
+        EXPECT_GT(left, 3) << "there are reads";
+        needed[operation == PictureOperation::Encode] = left;
+      }
+    EXPECT_EQ(2 * needed[0] < needed[1], format == "jpg" || format == "png")
+        << "decided by its beginning";
+
+    write(path, bytes.substr(0, bytes.size() * 2 / 3));
+    testing::internal::CaptureStderr();
+    const auto picture = item(path)->OpenAsPicture();
+    const bool taken = picture && picture->decodes();
+    if (taken) item(folder / format)->SaveAsJPEG(picture);
+    EXPECT_EQ(taken, fs::exists(folder / format)) << format;
+    EXPECT_EQ(taken, std::string("jpg png gif bmp").find(format) != std::string::npos) << format;
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find(taken ? "Image à vérifier" : "Image ignorée"), std::string::npos) << format;
+  }
+}
+
+TEST_F(Faults, OfTheTailThatTheScanDoesNotReadCostThePictureButNotItsRecord) {
+  const fs::path photo = photos / "noise.jpg", dcim = cd / "DIGIFILM/dcim";
+  fs::remove_all(photos);
+  fs::create_directory(photos);
+  vips::VImage::gaussnoise(400, 300).write_to_file(photo.c_str());
+  // The fourth request is to encode.
+  requests = {3, 1, false, [&] { fs::resize_file(photo, fs::file_size(photo) - 1); }};
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(build(cd));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Orvelin\u00A0: Impossible de lire «\u00A0" + photo.string() +
+                "\u00A0»\u00A0: le fichier a changé entre-temps.\n");
+  EXPECT_NE(read(cd / "DIGIFILM/digifilm.txt").find("noise.jpg"), std::string::npos);
+  EXPECT_EQ(treeOf(dcim), Tree{"100k6230"});
 }
 
 TEST_F(Faults, OfTheStartOfThePictureProcessEndTheAction) {

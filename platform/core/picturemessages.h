@@ -16,7 +16,7 @@ inline constexpr std::uint64_t maxPictureBytes = std::uint64_t{2} << 30;
 inline constexpr int pictureSocket = 0;
 
 enum class PictureOperation : std::uint32_t {
-  Inspect,  ///< reads the file and judges it by its header
+  Inspect,  ///< judges the file by its header
   Decode,   ///< the same, then decodes no more than it takes to know that the picture decodes
   Encode,   ///< the same, then writes the picture to the pipe as JPEG
 };
@@ -40,7 +40,7 @@ enum class PictureVerdict : std::uint32_t {
 /// What Orvelin sends, with one descriptor: the picture's file, open for reading.
 struct PictureRequest {
   PictureOperation operation;
-  /// Identifies the picture: one that was inspected last need not be read again.
+  /// Identifies the picture: one that was inspected last need not be opened again.
   std::uint32_t picture;
 };
 

@@ -1,10 +1,10 @@
 #include "platform/pictures/bmp.h"
 
-#include <QBuffer>
-#include <QByteArray>
+#include <QIODevice>
 #include <QImage>
 #include <QImageReader>
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -20,34 +20,36 @@ using vips::VImage;
 
 namespace {
 
-/// A file in memory.
-class Bytes : public QBuffer {
+/// The file for Qt.
+class Device : public QIODevice {
  public:
-  explicit Bytes(std::string_view bytes)
-      : array_(QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()))) {
-    setBuffer(&array_);
+  explicit Device(PictureFile& file) : file_(file) {
     open(ReadOnly | Unbuffered);  // asks for no more than the reader does
   }
+  qint64 size() const override { return static_cast<qint64>(file_.size()); }
+  bool seek(qint64 to) override { return to <= size() && QIODevice::seek(to); }
   /// Whether more was read than there is.
   bool isCut() const { return cut_; }
 
  protected:
   qint64 readData(char* data, qint64 count) override {
-    const qint64 got = QBuffer::readData(data, count);
-    if (got < count) cut_ = true;
-    return got;
+    const std::size_t got =
+        file_.read(static_cast<std::uint64_t>(pos()), data, static_cast<std::size_t>(count));
+    if (got < static_cast<std::size_t>(count)) cut_ = true;
+    return static_cast<qint64>(got);
   }
+  qint64 writeData(const char*, qint64) override { return -1; }
 
  private:
-  QByteArray array_;
+  PictureFile& file_;
   bool cut_ = false;
 };
 
 }  // namespace
 
-PictureVerdict verdictOnBMP(std::string_view bmp) {
-  Bytes file(bmp);
-  const QSize size = QImageReader(&file, "bmp").size();
+PictureVerdict verdictOnBMP(PictureFile& bmp) {
+  Device device(bmp);
+  const QSize size = QImageReader(&device, "bmp").size();
   if (size.isEmpty()) return PictureVerdict::Unreadable;
   // Qt's image, ours, and what the allocator holds between the two.
   const auto memory = std::uint64_t{12} * static_cast<std::uint64_t>(size.width()) *
@@ -55,14 +57,14 @@ PictureVerdict verdictOnBMP(std::string_view bmp) {
   return bmp.size() + memory > maxPictureBytes ? PictureVerdict::TooLarge : PictureVerdict::Good;
 }
 
-VImage decodeBMP(std::string_view bmp) {
+VImage decodeBMP(PictureFile& bmp) {
   QImageReader::setAllocationLimit(maxPictureBytes >> 20);
-  Bytes file(bmp);
-  QImageReader reader(&file, "bmp");
+  Device device(bmp);
+  QImageReader reader(&device, "bmp");
   QImage image(reader.size(), reader.imageFormat());
   image.fill(0);  // the reader leaves what is missing as it was
   if (!reader.read(&image)) throw vips::VError(reader.errorString().toStdString());
-  if (file.isCut()) warnOfDamage("the BMP file is cut");
+  if (device.isCut()) warnOfDamage("the BMP file is cut");
   const auto width = static_cast<std::size_t>(image.width());
   std::vector<std::uint32_t> pixels(width * static_cast<std::size_t>(image.height()));
   for (int y = 0; y < image.height(); ++y) {

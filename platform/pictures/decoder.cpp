@@ -24,9 +24,9 @@ VImage upright(const VImage& image) {
   return isTurned(image) ? image.copy_memory().autorot() : image;
 }
 
-/// Bytes that decoding takes at most: for the file, for what its decoder holds, and for the 8-bit
-/// pixels of a picture that is to be turned.
-std::uint64_t memoryFor(const VImage& image, std::size_t fileSize, int copies) {
+/// Bytes that decoding takes at most: for the file, counted whether it is held or not, for what its
+/// decoder holds, and for the 8-bit pixels of a picture that is to be turned.
+std::uint64_t memoryFor(const VImage& image, std::uint64_t fileSize, int copies) {
   const std::uint64_t held =
       VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()) * static_cast<std::uint64_t>(copies);
   const std::uint64_t turned = isTurned(image) ? 3 * VIPS_IMAGE_N_PELS(image.get_image()) : 0;
@@ -70,29 +70,36 @@ PictureVerdict verdictOf(Step step) try {
 
 }  // namespace
 
-Decoder::Decoder(std::string bytes)
-    : bytes_(std::move(bytes)),
-      format_(formatOf(std::string_view(bytes_).substr(0, signatureSize))),
-      verdict_(format_ ? verdictOf([this] { return inspect(); }) : PictureVerdict::NoPicture) {}
+Decoder::Decoder(Descriptor file)
+    : file_(std::move(file)), verdict_(verdictOf([this] { return inspect(); })) {}
 
-PictureVerdict Decoder::perform(PictureOperation operation, const WriteJpeg& write) {
+PictureAnswer Decoder::perform(PictureOperation operation, const WriteJpeg& write) {
+  const PictureVerdict verdict = verdictOf([&] { return verdictAfter(operation, write); });
+  // Whatever the decoder made of a failed read: some take it for the end of the file.
+  if (file_.error() != 0) return {PictureVerdict::NotRead, file_.error()};
+  return {verdict};
+}
+
+PictureVerdict Decoder::verdictAfter(PictureOperation operation, const WriteJpeg& write) {
   if (verdict_ != PictureVerdict::Good || operation == PictureOperation::Inspect) return verdict_;
-  return verdictOf([&] {
-    if (operation == PictureOperation::Decode) {
-      decode();
-      return PictureVerdict::Good;
-    }
-    if (std::max(image_.width(), image_.height()) > maxJpegSide) return PictureVerdict::TooLarge;
-    encode(write);
-    return warnings_.any() ? PictureVerdict::Suspect : PictureVerdict::Good;
-  });
+  if (operation == PictureOperation::Decode) {
+    decode();
+    return PictureVerdict::Good;
+  }
+  if (std::max(image_.width(), image_.height()) > maxJpegSide) return PictureVerdict::TooLarge;
+  encode(write);
+  return warnings_.any() ? PictureVerdict::Suspect : PictureVerdict::Good;
 }
 
 PictureVerdict Decoder::inspect() {
-  const Assessment assessment = format_->assess(bytes_);
+  format_ = formatOf(file_.some(0));
+  if (!format_) return PictureVerdict::NoPicture;
+  if (file_.size() > maxPictureBytes) return PictureVerdict::TooLarge;
+  if (format_->whole && !file_.readWhole()) return PictureVerdict::Unreadable;
+  const Assessment assessment = format_->assess(file_);
   if (assessment.verdict != PictureVerdict::Good) return assessment.verdict;
-  image_ = load(bytes_, *format_);
-  if (memoryFor(image_, bytes_.size(), assessment.copies) > maxPictureBytes)
+  image_ = load(file_, *format_);
+  if (memoryFor(image_, file_.size(), assessment.copies) > maxPictureBytes)
     return PictureVerdict::TooLarge;
   return hasKnownTones(image_) ? PictureVerdict::Good : PictureVerdict::UnknownColours;
 }

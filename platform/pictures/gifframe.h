@@ -1,7 +1,8 @@
 #pragma once
 
 #include <optional>
-#include <string_view>
+
+#include "platform/pictures/picturefile.h"
 
 namespace orvelin {
 
@@ -13,6 +14,6 @@ struct GifFrame {
 };
 
 /// Parses a GIF file up to its first frame; nothing if there is none or it has no pixel.
-std::optional<GifFrame> firstFrameOf(std::string_view gif);
+std::optional<GifFrame> firstFrameOf(PictureFile& gif);
 
 }  // namespace orvelin

@@ -1,40 +1,48 @@
 #include "platform/pictures/jpegmarkers.h"
 
-#include <cstddef>
+#include <cstdint>
 
 namespace orvelin {
 
-JpegScans scansOf(std::string_view jpeg) {
-  constexpr char startOfScan = '\xDA';
-  constexpr char endOfImage = '\xD9';
-  const auto standsAlone = [](char marker) {  // filling, stuffing, restart and start markers
-    return marker == '\xFF' || marker == '\x00' || marker == '\x01' ||
-           (marker >= '\xD0' && marker <= '\xD8');
+namespace {
+
+/// The place of the next byte 0xFF from `at` on; the end of the file if there is none.
+std::uint64_t nextMarker(PictureFile& jpeg, std::uint64_t at) {
+  for (std::string_view bytes; !(bytes = jpeg.some(at)).empty(); at += bytes.size())
+    if (const auto found = bytes.find('\xFF'); found != std::string_view::npos) return at + found;
+  return jpeg.size();
+}
+
+}  // namespace
+
+int countBufferedScans(PictureFile& jpeg) {
+  constexpr int startOfScan = 0xDA, endOfImage = 0xD9;
+  const auto standsAlone = [](int marker) {  // filling, stuffing, restart and start markers
+    return marker == 0xFF || marker == 0x00 || marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
   };
-  const auto isStartOfFrame = [](char marker) {
-    return marker >= '\xC0' && marker <= '\xCF' && marker != '\xC4' && marker != '\xC8' &&
-           marker != '\xCC';  // tables
+  const auto isStartOfFrame = [](int marker) {
+    return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 &&
+           marker != 0xCC;  // tables
   };
-  const auto isProgressive = [](char frame) { return (frame & 3) == 2; };
-  const auto byteAt = [&](std::size_t at) {
-    return at < jpeg.size() ? static_cast<unsigned char>(jpeg[at]) : 0;
-  };
-  JpegScans scans;
-  int components = 0;
-  std::size_t at = 0;
-  while ((at = jpeg.find('\xFF', at)) != std::string_view::npos && at + 3 < jpeg.size()) {
-    const char marker = jpeg[++at];
+  const auto isProgressive = [](int frame) { return (frame & 3) == 2; };
+  bool progressive = false;
+  int components = 0, scans = 0;
+  std::uint64_t at = 0;
+  while ((at = nextMarker(jpeg, at)) + 3 < jpeg.size()) {
+    const int marker = jpeg.byteAt(++at);
     if (standsAlone(marker)) {
-      if (marker != '\xFF') ++at;
+      if (marker != 0xFF) ++at;
       continue;
     }
     if (marker == endOfImage) break;
     if (isStartOfFrame(marker)) {
-      components = byteAt(at + 8);
-      scans.buffered |= isProgressive(marker);
+      components = jpeg.byteAt(at + 8);
+      progressive = isProgressive(marker);
     }
-    if (marker == startOfScan) scans.buffered |= ++scans.count > 1 || byteAt(at + 3) < components;
-    at += 1 + static_cast<std::size_t>(byteAt(at + 1) << 8 | byteAt(at + 2));
+    const bool lineByLine = scans == 0 && !progressive && jpeg.byteAt(at + 3) >= components;
+    if (marker == startOfScan && lineByLine) break;
+    if (marker == startOfScan) ++scans;
+    at += 1 + static_cast<std::uint64_t>(jpeg.byteAt(at + 1) << 8 | jpeg.byteAt(at + 2));
   }
   return scans;
 }

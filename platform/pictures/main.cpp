@@ -1,14 +1,12 @@
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <utility>
 
@@ -26,57 +24,26 @@ namespace {
 // Orvelin is woken up for this many bytes of a JPEG at a time.
 char pipeBuffer[1 << 18];
 
-/// Appends the bytes of the file from there up to `size`, or to its end. False with `errno` if they
-/// can't be read.
-bool readUpTo(std::size_t size, int file, std::string& bytes) {
-  std::size_t at = bytes.size();
-  bytes.resize(size);
-  while (at < size) {
-    const ssize_t got = ::pread(file, &bytes[at], size - at, static_cast<off_t>(at));
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return false;
-    if (got == 0) break;
-    at += static_cast<std::size_t>(got);
-  }
-  bytes.resize(at);
-  return true;
-}
-
-/// Reads and performs what Orvelin asks for. Keeps a picture from its inspection to the operation
-/// that uses it up.
+/// Performs what Orvelin asks for. Keeps a picture from its inspection to the operation that uses
+/// it up.
 class Worker {
  public:
-  PictureAnswer answerTo(PictureRequest request, int file) {
-    if (!decoder_ || picture_ != request.picture) {
-      const PictureAnswer answer = open(file);
-      if (!answer.done()) return answer;
-      picture_ = request.picture;
-    }
-    PictureAnswer answer;
+  PictureAnswer answerTo(ReceivedRequest received) {
+    const auto [operation, picture] = received.request;
+    if (!decoder_ || picture_ != picture) decoder_.emplace(std::move(received.file));
+    picture_ = picture;
+    std::uint64_t count = 0;
     const auto write = [&](std::string_view jpeg) {
-      answer.jpegBytes += jpeg.size();
+      count += jpeg.size();
       return std::fwrite(jpeg.data(), 1, jpeg.size(), stdout) == jpeg.size();
     };
-    answer.verdict = decoder_->perform(request.operation, write);
-    if (request.operation != PictureOperation::Inspect) decoder_.reset();
+    PictureAnswer answer = decoder_->perform(operation, write);
+    answer.jpegBytes = count;
+    if (operation != PictureOperation::Inspect) decoder_.reset();
     return answer;
   }
 
  private:
-  PictureAnswer open(int file) {
-    decoder_.reset();
-    std::string bytes;
-    const off_t size = ::lseek(file, 0, SEEK_END);
-    if (size < 0 || !readUpTo(signatureSize, file, bytes)) return {PictureVerdict::NotRead, errno};
-    if (!formatOf(bytes)) return {PictureVerdict::NoPicture};
-    const auto count = static_cast<std::uint64_t>(size);
-    if (count > maxPictureBytes) return {PictureVerdict::TooLarge};
-    if (count > bytes.size() && !readUpTo(count, file, bytes))
-      return {PictureVerdict::NotRead, errno};
-    decoder_.emplace(std::move(bytes));
-    return {};
-  }
-
   std::optional<Decoder> decoder_;
   std::uint32_t picture_ = 0;
 };
@@ -85,7 +52,7 @@ class Worker {
 bool start() {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (!startVips()) return false;
-  formatOf({});  // loads the loaders
+  formatOf("?");  // loads the loaders
   confine();
   return sendAnswer(pictureSocket, {});
 }
@@ -102,8 +69,8 @@ int main() {
   if (!start()) return 1;
   std::setvbuf(stdout, pipeBuffer, _IOFBF, sizeof pipeBuffer);
   Worker worker;
-  while (const auto received = receiveRequest(pictureSocket)) {
-    const PictureAnswer answer = worker.answerTo(received->request, received->file.get());
+  while (auto received = receiveRequest(pictureSocket)) {
+    const PictureAnswer answer = worker.answerTo(std::move(*received));
     if (std::fflush(stdout) != 0 || !sendAnswer(pictureSocket, answer)) return 1;
   }
   return 0;

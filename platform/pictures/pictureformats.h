@@ -1,14 +1,10 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "platform/core/picturemessages.h"
-
-namespace vips {
-class VImage;
-}
+#include "platform/pictures/picturefile.h"
 
 namespace orvelin {
 
@@ -20,10 +16,13 @@ struct Assessment {
 
 /// A row of the table of formats.
 struct PictureFormat {
-  /// The operation of libvips that opens a file in memory, if one does.
+  /// The operation of libvips that opens a source, if one does.
   const char* loader = nullptr;
   /// How a file may begin; if there is none, libvips recognises the format.
   std::span<const std::string_view> signatures = {};
+  /// Whether the file is read whole before it is opened: libvips would do so too, or the decoder
+  /// aborts the process when a read fails.
+  bool whole = false;
   /// Whether decoding fails as it begins or not at all: damage further on gives warnings and grey,
   /// and the scans of a JPEG that has several are all read before the first line is given.
   bool failsAtOnce = false;
@@ -32,22 +31,19 @@ struct PictureFormat {
   /// Whether the loader warns of damage as it opens the file.
   bool warnsOnOpening = false;
   /// Judges a file by what its decoder would not report.
-  Assessment (*assess)(std::string_view bytes) = [](std::string_view) { return Assessment{}; };
+  Assessment (*assess)(PictureFile& file) = [](PictureFile&) { return Assessment{}; };
   /// If set, decodes what `loader` doesn't, all of it at once; a null image if it is for `loader`.
-  vips::VImage (*decoded)(std::string_view bytes) = nullptr;
+  vips::VImage (*decoded)(PictureFile& file) = nullptr;
   /// If set, returns what a viewer shows of a decoded picture.
-  vips::VImage (*shown)(const vips::VImage& image, std::string_view bytes) = nullptr;
+  vips::VImage (*shown)(const vips::VImage& image, PictureFile& file) = nullptr;
 };
 
-/// The format of a file that begins with `head`; nullptr if it is none of ours. libvips must have
+/// The format of a file by its first kilobytes; nullptr if it is none of ours. libvips must have
 /// been started.
 const PictureFormat* formatOf(std::string_view head);
 
-/// How many bytes of a file `formatOf` needs at most.
-inline constexpr std::size_t signatureSize = 4096;
-
-/// Opens a picture to be decoded once, from top to bottom, by one worker. `bytes` must begin with
-/// the signature of `format` and outlive the picture. Throws `vips::VError` if that fails.
-vips::VImage load(const std::string& bytes, const PictureFormat& format);
+/// Opens a picture to be decoded once, from top to bottom, by one worker. `file` must have that
+/// format and outlive the picture. Throws `vips::VError` if that fails.
+vips::VImage load(PictureFile& file, const PictureFormat& format);
 
 }  // namespace orvelin

@@ -19,32 +19,32 @@ using vips::VImage;
 
 namespace {
 
-struct MemoryFile {
-  std::string_view bytes;
-  std::size_t at = 0;
+struct TiffStream {
+  PictureFile& file;
+  std::uint64_t at = 0;
 };
 
 tmsize_t readFrom(thandle_t handle, void* buffer, tmsize_t count) {
-  auto& file = *static_cast<MemoryFile*>(handle);
-  const std::string_view rest = file.bytes.substr(std::min(file.at, file.bytes.size()));
-  const std::size_t taken = rest.copy(static_cast<char*>(buffer), static_cast<std::size_t>(count));
-  file.at += taken;
-  return static_cast<tmsize_t>(taken);
+  auto& [file, at] = *static_cast<TiffStream*>(handle);
+  const std::size_t got =
+      file.read(at, static_cast<char*>(buffer), static_cast<std::size_t>(count));
+  at += got;
+  return static_cast<tmsize_t>(got);
 }
 
 toff_t seekIn(thandle_t handle, toff_t offset, int whence) {
-  auto& file = *static_cast<MemoryFile*>(handle);
-  if (whence == SEEK_CUR) offset += file.at;
-  if (whence == SEEK_END) offset += file.bytes.size();
-  return file.at = offset;
+  auto& [file, at] = *static_cast<TiffStream*>(handle);
+  if (whence == SEEK_CUR) offset += at;
+  if (whence == SEEK_END) offset += file.size();
+  return at = offset;
 }
 
-toff_t sizeOf(thandle_t handle) { return static_cast<MemoryFile*>(handle)->bytes.size(); }
+toff_t sizeOf(thandle_t handle) { return static_cast<TiffStream*>(handle)->file.size(); }
 
-std::unique_ptr<TIFF, decltype(&TIFFClose)> open(MemoryFile& file) {
+std::unique_ptr<TIFF, decltype(&TIFFClose)> open(TiffStream& stream) {
   const auto ignoreWrite = [](thandle_t, void*, tmsize_t) -> tmsize_t { return -1; };
   const auto ignoreClose = [](thandle_t) { return 0; };
-  return {TIFFClientOpen("", "r", &file, readFrom, ignoreWrite, seekIn, ignoreClose, sizeOf,
+  return {TIFFClientOpen("", "r", &stream, readFrom, ignoreWrite, seekIn, ignoreClose, sizeOf,
                          nullptr, nullptr),
           TIFFClose};
 }
@@ -108,12 +108,11 @@ bool isMisread(TIFF* tiff) {
 
 }  // namespace
 
-PictureVerdict verdictOnTIFF(std::string_view tiff) {
-  constexpr std::size_t markAt = 8;  // of the raws that have one
-  if (tiff.substr(std::min(markAt, tiff.size())).starts_with("CR\2"))
-    return PictureVerdict::CameraRaw;
-  MemoryFile file{tiff};
-  const auto opened = open(file);
+PictureVerdict verdictOnTIFF(PictureFile& tiff) {
+  constexpr std::uint64_t markAt = 8;  // of the raws that have one
+  if (tiff.some(markAt).starts_with("CR\2")) return PictureVerdict::CameraRaw;
+  TiffStream stream{tiff};
+  const auto opened = open(stream);
   if (!opened) return PictureVerdict::Good;
   if (isCameraRaw(opened.get())) return PictureVerdict::CameraRaw;
   if (isMisread(opened.get()) || isPremultiplied(opened.get()))
@@ -123,9 +122,9 @@ PictureVerdict verdictOnTIFF(std::string_view tiff) {
   return fits ? PictureVerdict::Good : PictureVerdict::TooLarge;
 }
 
-int countSpareSamples(std::string_view tiff) {
-  MemoryFile file{tiff};
-  const auto opened = open(file);
+int countSpareSamples(PictureFile& tiff) {
+  TiffStream stream{tiff};
+  const auto opened = open(stream);
   if (!opened) return 0;
   const auto extra = extraSamplesOf(opened.get());
   const bool transparency =
@@ -133,9 +132,9 @@ int countSpareSamples(std::string_view tiff) {
   return static_cast<int>(extra.size()) - (transparency ? 1 : 0);
 }
 
-VImage decodeOldJpegOf(std::string_view tiff) {
-  MemoryFile file{tiff};
-  const auto opened = open(file);
+VImage decodeOldJpegOf(PictureFile& tiff) {
+  TiffStream stream{tiff};
+  const auto opened = open(stream);
   if (!opened || !isOldJpeg(opened.get())) return {};
   const auto width = numberOf<std::uint32_t>(opened.get(), TIFFTAG_IMAGEWIDTH);
   const auto height = numberOf<std::uint32_t>(opened.get(), TIFFTAG_IMAGELENGTH);

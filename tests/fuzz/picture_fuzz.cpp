@@ -1,3 +1,5 @@
+#include <fcntl.h>
+
 #include "fuzz.h"
 #include "platform/pictures/decoder.h"
 
@@ -5,8 +7,11 @@ namespace orvelin::test {
 
 namespace {
 
-bool decodesCompletely(const std::string& bytes) try {
-  load(bytes, *formatOf(bytes)).copy_memory();
+Descriptor openFile(const fs::path& path) { return Descriptor(::open(path.c_str(), O_RDONLY)); }
+
+bool decodesCompletely(const fs::path& path) try {
+  PictureFile file(openFile(path));
+  load(file, *formatOf(file.some(0))).copy_memory();
   return true;
 } catch (const vips::VError&) {
   return false;
@@ -19,16 +24,19 @@ bool decodesCompletely(const std::string& bytes) try {
 /// can be.
 void attempt(const std::string& bytes, const fs::path& folder) {
   startVips();
+  write(folder / "file", bytes);
   std::string jpeg;
   const auto verdict = [&](PictureOperation operation) {
-    return Decoder(bytes).perform(operation, [&](std::string_view part) {
+    const auto append = [&](std::string_view part) {
       jpeg += part;
       return true;
-    });
+    };
+    return Decoder(openFile(folder / "file")).perform(operation, append).verdict;
   };
   const bool opened = verdict(PictureOperation::Inspect) == PictureVerdict::Good;
   const bool taken = verdict(PictureOperation::Decode) == PictureVerdict::Good;
-  expect(taken == (opened && decodesCompletely(bytes)), "taken if and only if it decodes");
+  expect(taken == (opened && decodesCompletely(folder / "file")),
+         "taken if and only if it decodes");
   fs::remove(folder / "saved");
   if (!taken || verdict(PictureOperation::Encode) == PictureVerdict::TooLarge) return;
   expect(jpeg.substr(6, 4) == "JFIF", "encoded as JFIF");
