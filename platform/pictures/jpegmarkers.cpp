@@ -39,9 +39,8 @@ int countBufferedScans(PictureFile& jpeg) {
       components = jpeg.byteAt(at + 8);
       progressive = isProgressive(marker);
     }
-    const bool lineByLine = scans == 0 && !progressive && jpeg.byteAt(at + 3) >= components;
-    if (marker == startOfScan && lineByLine) break;
-    if (marker == startOfScan) ++scans;
+    if (marker == startOfScan && ++scans == 1 && !progressive && jpeg.byteAt(at + 3) >= components)
+      return 0;
     at += 1 + static_cast<std::uint64_t>(jpeg.byteAt(at + 1) << 8 | jpeg.byteAt(at + 2));
   }
   return scans;
