@@ -262,16 +262,17 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
   bmp.replace(18, 8, ffffPixelsASide, 2, 8);
   for (const auto& large : {png, bmp}) EXPECT_FALSE(fileOf(large)->OpenAsPicture());
 
-  const VImage noise = VImage::gaussnoise(320, 240).cast(VIPS_FORMAT_UCHAR);
+  const VImage noise = (scene + VImage::gaussnoise(160, 120)).cast(VIPS_FORMAT_UCHAR);
   for (const auto& [bytes, scans] :
-       {std::pair{encoded(noise, ".jpg[interlace]"), 6},
+       {std::pair{encoded(noise, ".jpg[interlace,Q=95]"), 10},
         {read(fs::path(ORVELIN_SEEDS) / "picture/separate-scans"), 3}}) {
     PictureFile file(Descriptor(::open(fileOf(bytes)->Path().c_str(), O_RDONLY)));
     EXPECT_EQ(countBufferedScans(file), scans);
+    EXPECT_TRUE(isOpenablePicture(fileOf(bytes)));
     std::string buffered = bytes.substr(0, bytes.find("\xff\xda", bytes.find("\xff\xda") + 2));
     EXPECT_TRUE(fileOf(buffered)->OpenAsPicture());
     const auto size = std::min(buffered.find("\xff\xc2"), buffered.find("\xff\xc0")) + 5;
-    buffered.replace(size, 4, "ixix");  // 26,992 pixels a side
+    buffered.replace(size, 4, "\x65\x90\x65\x90");  // 26,000 pixels a side
     EXPECT_FALSE(fileOf(buffered)->OpenAsPicture());
     const auto scan = bytes.rfind("\xff\xda");
     std::string endless = bytes.substr(0, bytes.size() - 2);
