@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "platform/core/standardstreams.h"
+#include "platform/core/volumes.h"
 #include "support.h"
 
 namespace orvelin::test {
@@ -89,6 +90,17 @@ TEST_F(Files, ThatCanNotBeWrittenAreReplacedOnceTheNewOneExists) {
   fs::remove(folder / "inner/.file.orvelin");
   file->CreateBinaryFile("text")->Write("new");
   EXPECT_EQ(contentsOf(folder / "inner"), (Contents{{"file", "new"}}));
+}
+
+TEST_F(Files, AreOnRemovableVolumesWhereDesktopsMountThem) {
+  write(folder / "mounts",
+        "/dev/sda1 / ext4 rw 0 0\n"
+        "server:/run/media /mnt/media nfs rw 0 0\n"
+        "/dev/sdb1 /run/media/anne/EOS_DIGITAL vfat rw 0 0\n"
+        "/dev/sdc1 /media/anne/Photos\\040de\\040Noël ext4 rw 0 0\n");
+  EXPECT_EQ(removableVolumes((folder / "mounts").c_str()),
+            (Tree{"/media/anne/Photos de Noël", "/run/media/anne/EOS_DIGITAL"}));
+  EXPECT_EQ(removableVolumes("nowhere"), Tree{});
 }
 
 TEST(StandardStreams, AreOpenedAndSurviveAReaderThatHasGone) {

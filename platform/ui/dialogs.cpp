@@ -4,10 +4,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QListView>
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QUrl>
+#include <algorithm>
 
+#include "platform/core/volumes.h"
 #include "platform/ui/useraction.h"
 
 namespace orvelin {
@@ -28,6 +31,19 @@ std::string pathOf(const QUrl& url) {
   return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }
 
+/// Adds the removable volumes to the side bar, and makes it as wide as their names. A desktop's own
+/// dialog has none of ours and shows the volumes by itself.
+void addRemovableVolumes(QFileDialog& dialog) {
+  auto* sidebar = dialog.findChild<QListView*>("sidebar");
+  if (!sidebar) return;
+  QList<QUrl> places = dialog.sidebarUrls();
+  for (const std::string& volume : removableVolumes())
+    places << QUrl::fromLocalFile(QFile::decodeName(volume.c_str()));
+  dialog.setSidebarUrls(places);
+  const int wanted = sidebar->sizeHintForColumn(0) + 2 * sidebar->frameWidth();
+  sidebar->setMinimumWidth(std::min(wanted, dialog.width() / 2));
+}
+
 }  // namespace
 
 Ref<FolderItem> SelectFolder() {
@@ -39,6 +55,7 @@ Ref<FolderItem> SelectFolder() {
   dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setSupportedSchemes({"file"});
   dialog.setViewMode(QFileDialog::List);
+  addRemovableVolumes(dialog);
   while (dialog.exec() == QDialog::Accepted) {
     const QUrl url = dialog.selectedUrls().constFirst();
     auto folder = makeRef<FolderItem>(pathOf(url));

@@ -30,6 +30,7 @@ class Window::Frame : public QMainWindow {
   explicit Frame(Window& window) : window_(window) {
     setCentralWidget(&content);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
+    setWindowFlag(Qt::WindowMaximizeButtonHint, false);
     setContextMenuPolicy(Qt::NoContextMenu);
   }
   Frame(const Frame&) = delete;
