@@ -8,6 +8,7 @@ import unittest
 from pathlib import Path
 
 from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
@@ -23,7 +24,7 @@ class Viewer(unittest.TestCase):
         for flag in ('--headless=new', '--no-sandbox', '--disable-dev-shm-usage', '--lang=fr'):
             options.add_argument(flag)
         options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
-        cls.browser = webdriver.Chrome(options=options)
+        cls.browser = webdriver.Chrome(options=options, service=Service('/usr/bin/chromedriver'))
         cls.addClassCleanup(cls.browser.quit)
         cls.run_script = cls.browser.execute_script
 
