@@ -20,7 +20,7 @@ namespace {
 
 /// Noise of one grain size, `amplitude` being its standard deviation.
 VImage noise(int width, int height, int grain, double amplitude, int seed) {
-  const auto options = VImage::option()->set("mean", 0.0)->set("sigma", amplitude);
+  auto* const options = VImage::option()->set("mean", 0.0)->set("sigma", amplitude);
   const VImage fine =
       VImage::gaussnoise(width / grain + 2, height / grain + 2, options->set("seed", seed));
   return grain == 1 ? fine.crop(0, 0, width, height) : fine.resize(grain).crop(0, 0, width, height);

@@ -20,7 +20,7 @@ struct CallFaults {
   /// Counts a call; false if it fails.
   bool succeeds() {
     if (left != 0) {
-      left -= left > 0;
+      if (left > 0) --left;
       return true;
     }
     ++failures;

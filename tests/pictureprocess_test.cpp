@@ -31,7 +31,7 @@ time_t skews[2];  // of the clock, and of the process's
 
 }  // namespace
 
-// The program's own calls of the system come here.
+// The program's own calls of the system come here. NOLINTBEGIN(*-inconsistent-declaration-*)
 extern "C" int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
                            const posix_spawnattr_t* attributes, char* const* arguments,
                            char* const* environment) {
@@ -73,6 +73,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   time->tv_sec += skews[ofProcess];
   return result;
 }
+// NOLINTEND(*-inconsistent-declaration-*)
 
 namespace orvelin::test {
 

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,8 +21,9 @@ inline Ref<FolderItem> item(const fs::path& path) { return makeRef<FolderItem>(p
 inline fs::path sample(const std::string& name) { return fs::path(ORVELIN_SAMPLES) / name; }
 
 inline std::string read(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return bytes.str();
 }
 
 inline void write(const fs::path& path, const std::string& bytes) {

@@ -37,7 +37,7 @@ std::string BinaryStream::Read(std::int64_t count) {
   return bytes;
 }
 
-std::string BinaryStream::ReadPString() { return take(static_cast<std::size_t>(readNumber(1))); }
+std::string BinaryStream::ReadPString() { return take(readNumber(1)); }
 
 double BinaryStream::ReadDouble() { return std::bit_cast<double>(readNumber(8)); }
 
@@ -118,7 +118,7 @@ void BinaryStream::reportOnce(const char* action) {
 std::uint64_t BinaryStream::readNumber(std::size_t width) {
   std::string bytes = take(width);
   if (bytes.size() < width) return 0;
-  if (littleEndian_) std::reverse(bytes.begin(), bytes.end());
+  if (littleEndian_) std::ranges::reverse(bytes);
   std::uint64_t number = 0;
   for (const char byte : bytes) number = number << 8 | static_cast<unsigned char>(byte);
   return number;
@@ -130,7 +130,7 @@ void BinaryStream::writeNumber(std::uint64_t number, std::size_t width) {
     byte = static_cast<char>(number & 0xff);
     number >>= 8;
   }
-  if (!littleEndian_) std::reverse(bytes.begin(), bytes.end());
+  if (!littleEndian_) std::ranges::reverse(bytes);
   Write(bytes);
 }
 

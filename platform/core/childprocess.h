@@ -19,6 +19,8 @@ class ChildProcess {
                const Descriptor& output);
   ChildProcess() = default;
   ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+  ChildProcess(ChildProcess&&) = delete;
   ChildProcess& operator=(ChildProcess&& other) noexcept;
   ~ChildProcess();
 

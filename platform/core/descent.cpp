@@ -8,8 +8,7 @@ namespace orvelin {
 bool Descent::enter(const FolderItem& folder) {
   constexpr std::size_t deepest = 4096;
   const auto identity = folder.identity();
-  if (within_.size() > deepest ||
-      std::find(within_.begin(), within_.end(), identity) != within_.end())
+  if (within_.size() > deepest || std::ranges::find(within_, identity) != within_.end())
     return false;
   within_.push_back(identity);
   return true;

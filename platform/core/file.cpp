@@ -34,7 +34,7 @@ File File::openToRead(const std::string& path) {
 File File::createInPlace(const std::string& path) {
   const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   File file = opened(::open(path.c_str(), flags, 0666));
-  struct stat status {};
+  struct stat status = {};
   if (file.isOpen() || ::lstat(path.c_str(), &status) != 0) return file;
   return S_ISREG(status.st_mode) || S_ISLNK(status.st_mode) ? createReplacing(path)
                                                             : std::move(file);
@@ -57,7 +57,7 @@ File File::createNew(const std::string& path) {
 // The check is made on the opened descriptor: a name can change hands between check and opening.
 File File::opened(int descriptor) {
   if (descriptor < 0) return {-1, errno};
-  struct stat status {};
+  struct stat status = {};
   const bool known = ::fstat(descriptor, &status) == 0;
   if (known && S_ISREG(status.st_mode)) return {descriptor, 0, status.st_size};
   const int error = !known ? errno : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
@@ -117,7 +117,7 @@ void File::clear() {
 }
 
 void File::takeTimeOf(const File& source) {
-  struct stat status {};
+  struct stat status = {};
   if (::fstat(source.descriptor_, &status) != 0) return;
   const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
   // Memory cards and shares may refuse this to all but their owner; the copy is whole even so.

@@ -18,6 +18,8 @@ class File {
   /// Creates a new file for writing, after removing an older file or symlink of that name.
   static File createNew(const std::string& path);
 
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
   File(File&& other) noexcept;
   File& operator=(File&&) = delete;
   ~File();

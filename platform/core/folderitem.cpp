@@ -19,7 +19,7 @@ namespace orvelin {
 namespace {
 
 std::optional<struct statx> status(const std::string& path, unsigned wanted, int flags = 0) {
-  struct statx status {};
+  struct statx status = {};
   if (::statx(AT_FDCWD, path.c_str(), flags, wanted, &status) != 0) return {};
   return status;
 }
@@ -31,7 +31,7 @@ bool isWritable(const std::filesystem::path& folder) {
 /// The error that keeps the missing folder from being created; ENOENT when nothing seems to.
 int whyMissing(const std::filesystem::path& folder) {
   const auto above = folder.parent_path();
-  struct statvfs disk {};
+  struct statvfs disk = {};
   if (!isWritable(above) || ::statvfs(above.c_str(), &disk) != 0) return errno;
   return disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0) ? ENOSPC : ENOENT;
 }

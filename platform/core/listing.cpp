@@ -31,14 +31,14 @@ Listing::Listing(std::string folder) : folder_(std::move(folder)), changed_(chan
     changed_.reset();
     report(Failure::ofSystem("Impossible de parcourir le dossier", folder_, error));
   }
-  std::sort(names_.begin(), names_.end());
+  std::ranges::sort(names_);
 }
 
 bool Listing::isCurrent() const { return changed_ && changed_ == changeTime(); }
 
 std::optional<Listing::Time> Listing::changeTime() const {
   constexpr std::int64_t coarsest = 2;  // seconds, the clock of memory cards
-  struct statx status {};
+  struct statx status = {};
   if (::statx(AT_FDCWD, folder_.c_str(), 0, STATX_CTIME, &status) != 0) return {};
   if (std::abs(std::time(nullptr) - status.stx_ctime.tv_sec) <= coarsest) return {};
   return Time{status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec};

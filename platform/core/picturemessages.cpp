@@ -20,6 +20,7 @@ class Packet {
   }
   Packet(const Packet&) = delete;
   Packet& operator=(const Packet&) = delete;
+  ~Packet() = default;
 
   PictureRequest request;
   msghdr message{};

@@ -105,7 +105,7 @@ PictureAnswer PictureProcess::awaitAnswer(File* jpeg) {
     } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
       return crashed;
     } else if (answer) {
-      const bool empty = jpeg && answer->done() && received == 0;
+      const bool empty = jpeg != nullptr && answer->done() && received == 0;
       return answer->jpegBytes == received && !empty ? *answer : crashed;
     }
     if (const auto limit = passedLimit()) return {*limit};

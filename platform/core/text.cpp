@@ -12,7 +12,7 @@ char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + '
 
 std::string digits(std::uint64_t number, int base) {
   char buffer[64];
-  const auto end = std::to_chars(std::begin(buffer), std::end(buffer), number, base).ptr;
+  char* const end = std::to_chars(std::begin(buffer), std::end(buffer), number, base).ptr;
   return {buffer, end};
 }
 
@@ -41,15 +41,14 @@ std::string Hex(std::int64_t number) {
 }
 
 std::string Lowercase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), lower);
+  std::ranges::transform(text, text.begin(), lower);
   return text;
 }
 
 double Floor(double number) { return std::floor(number); }
 
 bool equalTexts(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower(x) == lower(y); });
+  return std::ranges::equal(a, b, {}, lower, lower);
 }
 
 }  // namespace orvelin

@@ -8,7 +8,6 @@
 namespace orvelin {
 
 using vips::VImage;
-using vips::VOption;
 
 namespace {
 
@@ -108,7 +107,7 @@ bool hasKnownTones(const VImage& image) {
 VImage forScreen(const VImage& image) {
   const VImage opaque = onWhite(withUsualNumbers(image));
   if (opaque.get_typeof(VIPS_META_ICC_NAME) != 0) try {
-      VImage shared = opaque.copy();
+      const VImage shared = opaque.copy();
       shared.remove(VIPS_META_CONCURRENCY);  // colours are work for several
       return shared.icc_transform(
           "srgb", VImage::option()->set("embedded", true)->set("intent", VIPS_INTENT_PERCEPTUAL));

@@ -27,10 +27,10 @@ VImage upright(const VImage& image) {
 /// Bytes that decoding takes at most: for the file, counted whether it is held or not, for what its
 /// decoder holds, and for the 8-bit pixels of a picture that is to be turned.
 std::uint64_t memoryFor(const VImage& image, std::uint64_t fileSize, int copies) {
-  const std::uint64_t held =
-      VIPS_IMAGE_SIZEOF_IMAGE(image.get_image()) * static_cast<std::uint64_t>(copies);
-  const std::uint64_t turned = isTurned(image) ? 3 * VIPS_IMAGE_N_PELS(image.get_image()) : 0;
-  return fileSize + held + turned;
+  const auto product = [](auto... sizes) { return (static_cast<std::uint64_t>(sizes) * ...); };
+  const std::uint64_t pixels = product(image.width(), image.height());
+  const std::uint64_t held = product(pixels, image.bands(), vips_format_sizeof(image.format()));
+  return fileSize + product(held, copies) + (isTurned(image) ? 3 * pixels : 0);
 }
 
 /// Hands encoded bytes on to `write`, with the JFIF segment that libvips leaves out.

@@ -61,7 +61,7 @@ bool start() {
 
 /// Answers the requests of Orvelin until it closes the socket.
 int main() {
-  struct stat status {};
+  struct stat status = {};
   if (::fstat(pictureSocket, &status) != 0 || !S_ISSOCK(status.st_mode)) {
     report("Ce programme est lancé par Orvelin.");
     return 2;

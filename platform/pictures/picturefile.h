@@ -19,6 +19,7 @@ class PictureFile {
   explicit PictureFile(Descriptor file);
   PictureFile(const PictureFile&) = delete;
   PictureFile& operator=(const PictureFile&) = delete;
+  ~PictureFile() = default;
 
   /// Bytes in the file when it was opened; no more are read if it grows.
   std::uint64_t size() const { return size_; }

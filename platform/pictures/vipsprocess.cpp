@@ -12,6 +12,7 @@ namespace {
 
 constexpr const char* logDomain = "VIPS";
 
+// NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet.
 void applyProcessSettings() {
   // Large pictures would be decoded to a temporary file.
   ::setenv("VIPS_DISC_THRESHOLD", "1000g", 1);
@@ -27,6 +28,7 @@ void applyProcessSettings() {
   const auto discard = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
   g_log_set_handler(logDomain, G_LOG_LEVEL_WARNING, discard, nullptr);
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 }  // namespace
 

@@ -54,6 +54,8 @@ struct Toolkit {
     application.installEventFilter(&actionGate());
     installBackgroundTask(&letDesktopIn);
   }
+  Toolkit(const Toolkit&) = delete;
+  Toolkit& operator=(const Toolkit&) = delete;
   ~Toolkit() { installBackgroundTask(nullptr); }
 
   // Not those of the program: the toolkit would obey options on its command line.

@@ -49,7 +49,7 @@ class Window {
   void SizeLimits(int least, int most);
   QWidget& content() const;
   void add(const std::string& name, const Ref<RectControl>& control);
-  /// What choosing the menu item of that name calls; it answers whether others shall be passed
+  /// What choosing the menu item of that name calls; it answers whether others are to be passed
   /// over.
   void addMenuHandler(const std::string& name, std::function<bool()> handler);
 
