@@ -14,7 +14,7 @@ from card import Card, NoCard
 PAIRS = 5
 quick = "--quick" in sys.argv
 bench = Path("build/bench").resolve()
-work = bench / "work/Orvelin.app/Contents/Linux/orvelin-work"
+work = Path("build/tools").resolve() / "work/Orvelin.app/Contents/Linux/orvelin-work"
 out = bench / "out"
 
 
@@ -23,7 +23,7 @@ def shell(script):
     return ["sh", "-ec", script, "sh"]
 
 
-# The peers are told to halve the colours' resolution, as Orvelin and cameras do: equal work for all.
+# The peers halve the resolution of colours, as Orvelin and cameras do: equal work for all.
 BUILD = [work, "build"]
 UNPACK = [work, "unpack"]
 PACK = shell(f'exec "{work}" pack "$1" "$2/archive"')
@@ -47,7 +47,7 @@ TAR_C = shell('exec tar -cf "$2/archive" -C "$1" .')
 
 
 def inputs(kind, count):
-    """The folder of so many input files, made when it isn't there yet."""
+    """The folder of `count` input files; made if it is missing."""
     count = max(1, count // 10) if quick and kind != "large" else count
     folder = bench / "inputs" / f"{kind}-{count}"
     if not folder.exists():
@@ -156,7 +156,7 @@ def archives():
     subprocess.run([work, "pack", tree, archive], check=True)
     subprocess.run(["tar", "-cf", tar, "-C", tree, "."], check=True)
     tar_x = shell(f'exec tar -xf "{tar}" -C "$2"')
-    # Making so many files takes now one second, now seven, as the disk's journal pleases.
+    # Creating the files takes from one second to seven: it depends on the disk's journal.
     pairs = 3 * PAIRS
     in_turn(f"{count} files unpacked", UNPACK, archive, count, [("tar -xf", tar_x, 1.0)], pairs)
     in_turn(f"{count} files packed", PACK, tree, 1, [("tar -cf", TAR_C, 1.0)], pairs)
@@ -171,7 +171,7 @@ def psnr(picture, reference):
 
 
 def quality():
-    """What Orvelin makes of a few pictures, beside what its peers make of them."""
+    """A few pictures as Orvelin and as its peers convert them."""
     peers = {
         "mogrify": 'convert "$1" -auto-orient -quality 90 -sampling-factor 2x2 "$2"',
         "gm": 'gm convert "$1" -auto-orient -quality 90 -sampling-factor 2x2 "$2"',
