@@ -1,6 +1,6 @@
 # The user's hands and eyes, for scripts that drive the real program through its window: a virtual
 # display with a window manager, mouse, keyboard and screenshots. To be sourced, with `orvelin`
-# and `out`, the folder that receives the screenshots and logs, set; that folder is made anew.
+# and `out`, the folder that receives the screenshots and logs, set; that folder is emptied first.
 
 fail() {
   echo "$0: $*" >&2
