@@ -47,7 +47,7 @@ struct Toolkit {
     QCoreApplication::setApplicationName("Orvelin");
     QGuiApplication::setApplicationDisplayName("Orvelin");
     QGuiApplication::setDesktopFileName("orvelin");
-    QGuiApplication::setWindowIcon(QIcon(QFile::decodeName(bundleResource("orvelin.png").c_str())));
+    QGuiApplication::setWindowIcon(QIcon(QFile::decodeName(bundleResource("orvelin.ico").c_str())));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     if (translator.load("qtbase_fr", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
       QCoreApplication::installTranslator(&translator);
