@@ -55,15 +55,9 @@ void Window1::_CreateControls0() {
     Control("StaticText" + number).as<StaticText>()->labels(*Control("PushButton" + number));
 }
 
-void Window1::PushButton1_Action() {
-  if (const Ref<FolderItem> folder = SelectFolder()) inFol = folder;
-  enableSteps();
-}
+void Window1::PushButton1_Action() { chooseFolder("PushButton1", inFol); }
 
-void Window1::PushButton2_Action() {
-  if (const Ref<FolderItem> folder = SelectFolder()) outFol = folder;
-  enableSteps();
-}
+void Window1::PushButton2_Action() { chooseFolder("PushButton2", outFol); }
 
 void Window1::PushButton3_Action() {
   if (buildDigiFilm(*this)) MsgBox("Votre DigiFilm est créé !");
@@ -81,7 +75,11 @@ Ref<FolderItem> Window1::GetResource(const std::string& name) {
   return orvelin::GetResource(appFolder, name);
 }
 
-void Window1::enableSteps() {
+void Window1::chooseFolder(const std::string& button, Ref<FolderItem>& property) {
+  if (const Ref<FolderItem> folder = SelectFolder()) {
+    property = folder;
+    Control(button)->describe(folder->Path());
+  }
   const bool step2 = static_cast<bool>(inFol);
   const bool step3 = inFol && outFol;
   Control("PushButton2")->Enabled(step2);

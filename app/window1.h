@@ -40,7 +40,8 @@ class Window1 : public Window, public BuildState {
   void PushButton3_Action();
   bool _AppleApropos_Action();
 
-  void enableSteps();
+  /// Lets the user choose a folder for the property; then enables the steps that can be done.
+  void chooseFolder(const std::string& button, Ref<FolderItem>& property);
 };
 
 }  // namespace orvelin

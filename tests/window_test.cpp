@@ -116,18 +116,23 @@ class WindowTest : public FileTest {
 };
 
 TEST_F(WindowTest, EnablesEachStepOnceTheOnesBeforeItAreDone) {
-  const fs::path none, photos = folder / "photos";
-  const auto& first = control<QPushButton>("PushButton1");
+  const fs::path none, photos = folder / "<i>photos";
+  fs::create_directory(photos);
+  const QPushButton &first = control<QPushButton>("PushButton1"),
+                    &second = control<QPushButton>("PushButton2");
   EXPECT_TRUE(first.hasFocus() && !first.isDefault());
   EXPECT_EQ(enabled(), "110000");
   for (const auto& [button, chosen, wanted] : {std::tuple{"PushButton1", none, "110000"},
                                                {"PushButton1", photos, "111100"},
                                                {"PushButton2", none, "111100"},
-                                               {"PushButton2", photos, "111111"},
+                                               {"PushButton2", folder / "CD", "111111"},
                                                {"PushButton1", none, "111111"}}) {
     choose(button, chosen);
     EXPECT_EQ(enabled(), wanted) << button << chosen;
   }
+  EXPECT_EQ(first.accessibleDescription().toStdString(), photos);
+  EXPECT_EQ(second.accessibleDescription().toStdString(), folder / "CD");
+  EXPECT_TRUE(first.toolTip().endsWith("/&lt;i&gt;photos"));
 }
 
 TEST_F(WindowTest, TakesOnlyAFolderThatExists) {

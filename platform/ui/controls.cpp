@@ -53,6 +53,12 @@ bool RectControl::Enabled() const { return widget_->isEnabled(); }
 
 void RectControl::Enabled(bool enabled) { widget_->setEnabled(enabled); }
 
+void RectControl::describe(const std::string& text) {
+  const QString plain = QString::fromStdString(text);
+  widget_->setAccessibleDescription(plain);
+  widget_->setToolTip("<p style='white-space:pre'>" + plain.toHtmlEscaped());
+}
+
 StaticText::StaticText(QWidget& content, const std::string& name, const Appearance& appearance)
     : RectControl(std::make_unique<QLabel>(QString::fromStdString(appearance.text), &content), name,
                   appearance) {}

@@ -31,6 +31,8 @@ class RectControl {
 
   bool Enabled() const;
   void Enabled(bool enabled);
+  /// Describes the control, in a tool tip and to screen readers. UTF-8; shown as it is.
+  void describe(const std::string& text);
 
  protected:
   RectControl(std::unique_ptr<QWidget> widget, const std::string& name,
