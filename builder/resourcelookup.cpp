@@ -31,7 +31,7 @@ Ref<FolderItem> findResourceFolder() {
 Ref<FolderItem> GetResource(Ref<FolderItem>& appFolder, const std::string& name) {
   if (!appFolder) appFolder = findResourceFolder();
   if (appFolder) return appFolder->Child(name);
-  report({"Impossible de trouver la ressource", name, "l'application est incomplète"});
+  report({"Impossible de trouver la ressource", name, "l’application est incomplète"});
   return nullptr;
 }
 

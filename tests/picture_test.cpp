@@ -187,14 +187,14 @@ TEST_F(Pictures, OfCamerasOwnFormatsAndUnknownTonesAreRefused) {
   const Entry reduced{TIFFTAG_SUBFILETYPE, TIFF_LONG, 1, 1},
       divided{TIFFTAG_SUBIFD, TIFF_LONG, 1, 8};
   for (const auto& entry : {reduced, divided}) EXPECT_EQ(whyRefused(scene, {entry}), "");
-  const std::string raw = "c'est le fichier brut d'un appareil photo";
+  const std::string raw = "c’est le fichier brut d’un appareil photo";
   EXPECT_EQ(whyRefused(scene, {reduced, divided}), raw);
   EXPECT_EQ(whyRefused(scene, {{TIFFTAG_DNGVERSION, TIFF_BYTE, 4, 0x401}}), raw);
   const auto photometric = [](std::uint32_t value) {
     return Entry{TIFFTAG_PHOTOMETRIC, TIFF_SHORT, 1, value};
   };
   EXPECT_EQ(whyRefused(scene, {photometric(PHOTOMETRIC_CFA)}), raw);
-  const std::string unknown = "ses couleurs sont d'un type inconnu";
+  const std::string unknown = "ses couleurs sont d’un type inconnu";
   EXPECT_EQ(whyRefused(scene, {photometric(PHOTOMETRIC_YCBCR)}), unknown);
   EXPECT_EQ(whyRefused(scene.extract_band(0), {photometric(PHOTOMETRIC_SEPARATED)}), unknown);
   EXPECT_EQ(whyRefused(scene.colourspace(VIPS_INTERPRETATION_LABS).bandjoin(9), {}), unknown);

@@ -90,8 +90,8 @@ TEST_F(Faults, OfThePictureProcessCostNothingOnceAndOnePictureTheSecondTime) {
     std::string reason;
     int needed = 2;  // how many times it costs the picture
     int step = 1;
-  } ways[] = {{requests, kill, "le décodeur s'est arrêté"},
-              {answers, nullptr, "le décodeur s'est arrêté"},
+  } ways[] = {{requests, kill, "le décodeur s’est arrêté"},
+              {answers, nullptr, "le décodeur s’est arrêté"},
               {requests, [&] { stop(CLOCK_MONOTONIC); }, "trop long", 2, 3},
               {requests, [&] { stop(-2); }, "trop long", 1, 3}};
   for (const auto& way : ways)

@@ -122,7 +122,7 @@ TEST_F(Files, ThatAreDevicesAreNotOpenedAndThatAreNotThereHaveADefaultDate) {
   }
   EXPECT_EQ(
       testing::internal::GetCapturedStderr(),
-      "Orvelin\u00A0: Impossible de lire «\u00A0/nowhere\u00A0»\u00A0: cet emplacement n'existe "
+      "Orvelin\u00A0: Impossible de lire «\u00A0/nowhere\u00A0»\u00A0: cet emplacement n’existe "
       "pas, ou plus.\n");
 }
 

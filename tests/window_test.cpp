@@ -213,7 +213,7 @@ TEST_F(WindowTest, SaysWhatToDoAboutAFailureAndEnds) {
     fs::remove_all(folder / "CD");
   });
   const char* const wanted =
-      "DIGIFILM\u00A0»\u00A0: cet emplacement n'existe pas, ou plus.\n\nVérif";
+      "DIGIFILM\u00A0»\u00A0: cet emplacement n’existe pas, ou plus.\n\nVérif";
   EXPECT_NE(message.find(wanted), std::string::npos) << message;
   EXPECT_EQ(statusAfter([] { FAIL() << "the event loop was entered"; }), 1);
 }

@@ -15,7 +15,7 @@ namespace {
 /// folder that contains it. Logs what can't.
 bool isPackable(FolderItem& folder, Descent& descent) {
   if (!descent.enter(folder)) {
-    report({"Impossible d'archiver le dossier", folder.Path(), "des alias tournent en rond"});
+    report({"Impossible d’archiver le dossier", folder.Path(), "des alias tournent en rond"});
     return false;
   }
   const int count = folder.Count();

@@ -50,7 +50,7 @@ void BinaryStream::Write(std::string_view bytes) {
   if (bytes.size() < bufferSize)
     buffer_ += bytes;
   else if (!failed_ && !file_.write(bytes))
-    reportOnce("Impossible d'écrire tout le fichier");
+    reportOnce("Impossible d’écrire tout le fichier");
 }
 
 void BinaryStream::WritePString(std::string_view text) {
@@ -70,7 +70,7 @@ void BinaryStream::WriteLong(std::int32_t number) {
 void BinaryStream::Close() {
   if (!file_.isOpen()) return;
   Flush();
-  if (!file_.close() && use_ == Use::Writing) reportOnce("Impossible d'écrire tout le fichier");
+  if (!file_.close() && use_ == Use::Writing) reportOnce("Impossible d’écrire tout le fichier");
   buffer_.clear();
   taken_ = 0;
 }
@@ -106,7 +106,7 @@ std::size_t BinaryStream::readSome(char* bytes, std::size_t count) {
 
 void BinaryStream::Flush() {
   if (use_ == Use::Reading) return;
-  if (!failed_ && !file_.write(buffer_)) reportOnce("Impossible d'écrire tout le fichier");
+  if (!failed_ && !file_.write(buffer_)) reportOnce("Impossible d’écrire tout le fichier");
   buffer_.clear();
 }
 

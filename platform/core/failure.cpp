@@ -30,15 +30,15 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
   static constexpr const char* plugIn =
       "Vérifiez que la clé ou le disque est bien branché, puis recommencez.";
   static constexpr const char* rename =
-      "Renommez ou déplacez l'élément qui gêne, ou choisissez un autre dossier.";
+      "Renommez ou déplacez l’élément qui gêne, ou choisissez un autre dossier.";
   static constexpr const char* closeOthers =
-      "Fermez d'autres programmes ouverts, puis recommencez.";
+      "Fermez d’autres programmes ouverts, puis recommencez.";
   static constexpr struct {
     int error;
     const char* reason;
     const char* advice;
   } known[] = {
-      {ENOENT, "cet emplacement n'existe pas, ou plus", plugIn},
+      {ENOENT, "cet emplacement n’existe pas, ou plus", plugIn},
       {EACCES, "accès refusé", chooseAnother},
       {EPERM, "opération non permise", chooseAnother},
       {EROFS, "disque en lecture seule", chooseAnother},
@@ -47,16 +47,16 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
       {EFBIG, "fichier trop grand pour ce disque", ""},
       {EEXIST, "un autre élément porte déjà ce nom", rename},
       {EISDIR, "un dossier porte ce nom", rename},
-      {ENOTDIR, "un fichier tient la place d'un dossier", rename},
+      {ENOTDIR, "un fichier tient la place d’un dossier", rename},
       {ENAMETOOLONG, "nom trop long", "Recommencez dans un dossier au chemin plus court."},
       {ELOOP, "alias en boucle", ""},
       {EIO, "le disque ne répond pas correctement", plugIn},
       {ESTALE, "le fichier a changé entre-temps", ""},
-      {ENXIO, "le périphérique n'est plus là", plugIn},
+      {ENXIO, "le périphérique n’est plus là", plugIn},
       {ETIMEDOUT, "le disque ne répond pas correctement", plugIn},
-      {ENOTCONN, "le périphérique n'est plus là", plugIn},
-      {ENODEV, "le périphérique n'est plus là", plugIn},
-      {EINVAL, "ce n'est pas un fichier ordinaire", rename},
+      {ENOTCONN, "le périphérique n’est plus là", plugIn},
+      {ENODEV, "le périphérique n’est plus là", plugIn},
+      {EINVAL, "ce n’est pas un fichier ordinaire", rename},
       {EMFILE, "trop de fichiers ouverts", closeOthers},
       {ENFILE, "trop de fichiers ouverts", closeOthers},
       {ENOMEM, "mémoire insuffisante", closeOthers},

@@ -54,7 +54,7 @@ Failure whyNotWritten(const std::string& action, const std::string& path, int er
   const bool full = error == ENOSPC || error == EDQUOT;
   const bool refused = error == EACCES || error == EPERM || error == EROFS;
   if (full || (refused && !isWritable(folder)))
-    return Failure::ofSystem("Impossible d'écrire dans le dossier", folder.string(), error);
+    return Failure::ofSystem("Impossible d’écrire dans le dossier", folder.string(), error);
   if (error != ENOENT && error != ENOTDIR) return Failure::ofSystem(action, path, error);
   if (error == ENOENT) error = whyMissing(folder);
   while (error == ENOTDIR && !std::filesystem::exists(folder, none)) folder = folder.parent_path();
@@ -115,7 +115,7 @@ Ref<FolderItem> FolderItem::Child(const std::string& name) const {
                    "ce nom ne convient pas à un élément"};
   std::string path = childPath(name);
   if (name.size() > NAME_MAX || path.size() >= PATH_MAX)
-    return Failure::ofSystem("Impossible de désigner l'élément", path, ENAMETOOLONG);
+    return Failure::ofSystem("Impossible de désigner l’élément", path, ENAMETOOLONG);
   return makeRef<FolderItem>(std::move(path));
 }
 
@@ -133,8 +133,8 @@ Ref<FolderItem> FolderItem::Item(int index) {
   if (!listing_) listing_.emplace(path_);
   const auto& names = listing_->names();
   if (index < 1 || static_cast<std::size_t>(index) > names.size())
-    return Failure{"Impossible de désigner l'élément n° " + std::to_string(index) + " de", path_,
-                   "le dossier n'en a pas autant"};
+    return Failure{"Impossible de désigner l’élément n° " + std::to_string(index) + " de", path_,
+                   "le dossier n’en a pas autant"};
   std::string path = childPath(names[static_cast<std::size_t>(index) - 1]);
   std::error_code error;
   if (std::filesystem::is_symlink(path, error))
@@ -177,7 +177,7 @@ void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
   WholeFile target(path_);
   if (target.file().isOpen() && !picture->encodeAsJPEG(target.file())) return;
   if (!target.putInPlace())
-    report(whyNotWritten("Impossible d'enregistrer l'image", path_, target.error()));
+    report(whyNotWritten("Impossible d’enregistrer l’image", path_, target.error()));
 }
 
 void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {

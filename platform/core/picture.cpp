@@ -13,17 +13,17 @@ const char* reasonFor(PictureVerdict verdict) {
     case PictureVerdict::Suspect:
       return "sa lecture a donné des avertissements";
     case PictureVerdict::NoPicture:
-      return "ce n'est pas une image connue";
+      return "ce n’est pas une image connue";
     case PictureVerdict::TooLarge:
       return "trop grande";
     case PictureVerdict::TooManyScans:
       return "trop longue à décoder";
     case PictureVerdict::UnknownColours:
-      return "ses couleurs sont d'un type inconnu";
+      return "ses couleurs sont d’un type inconnu";
     case PictureVerdict::CameraRaw:
-      return "c'est le fichier brut d'un appareil photo";
+      return "c’est le fichier brut d’un appareil photo";
     case PictureVerdict::Crashed:
-      return "le décodeur s'est arrêté";
+      return "le décodeur s’est arrêté";
     case PictureVerdict::Stalled:
     case PictureVerdict::OverTime:
       return "trop long";
@@ -61,7 +61,7 @@ bool Picture::encodeAsJPEG(File& jpeg) const {
   if (answer.verdict == PictureVerdict::Suspect)
     report(failureFor(answer, "Image à vérifier", path_));
   else if (!answer.done())
-    report(failureFor(answer, "Impossible de convertir l'image", path_));
+    report(failureFor(answer, "Impossible de convertir l’image", path_));
   return answer.done();
 }
 

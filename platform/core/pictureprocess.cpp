@@ -84,7 +84,7 @@ std::string PictureProcess::start() {
   // The end of the process shows only if it holds the last copies.
   itsSocket = Descriptor();
   itsPipe = Descriptor();
-  return awaitAnswer(nullptr).done() ? "" : "il s'est arrêté aussitôt";
+  return awaitAnswer(nullptr).done() ? "" : "il s’est arrêté aussitôt";
 }
 
 PictureAnswer PictureProcess::awaitAnswer(File* jpeg) {
@@ -148,8 +148,8 @@ PictureAnswer askPictureProcess(PictureRequest request, const File& picture, Fil
     if (answer.verdict == PictureVerdict::OverTime) return answer;
     if (tries > 0 && !hasAnswered && !process->whyNotReady().empty())
       throw NilObjectException(
-          {"Impossible de démarrer le décodeur d'images", program(), process->whyNotReady(),
-           "Fermez d'autres programmes, puis recommencez\u00A0; ou réinstallez Orvelin."});
+          {"Impossible de démarrer le décodeur d’images", program(), process->whyNotReady(),
+           "Fermez d’autres programmes, puis recommencez\u00A0; ou réinstallez Orvelin."});
   }
   return answer;
 }

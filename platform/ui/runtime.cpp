@@ -37,7 +37,7 @@ class French : public QTranslator {
 /// Takes the toolkit's messages while it starts; the last one before it would abort is fatal.
 void endWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
   if (type != QtFatalMsg) return;
-  report(Failure{"Impossible d'ouvrir la fenêtre", "", "aucun écran n'est accessible"});
+  report(Failure{"Impossible d’ouvrir la fenêtre", "", "aucun écran n’est accessible"});
   std::_Exit(1);
 }
 
@@ -74,7 +74,7 @@ std::unique_ptr<Toolkit> toolkit;
 void endAfter(const std::string& failure, const std::string& advice = "") {
   report(failure);
   toolkit->status = 1;
-  std::string text = "Orvelin n'a pas pu continuer et va se fermer.\r\r" + failure;
+  std::string text = "Orvelin n’a pas pu continuer et va se fermer.\r\r" + failure;
   if (!advice.empty()) text += "\r\r" + advice;
   MsgBox(text +
          "\r\rCe qui est déjà écrit reste en place. Orvelin ne touche à rien hors du dossier "
