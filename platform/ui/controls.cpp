@@ -56,6 +56,7 @@ void RectControl::Enabled(bool enabled) { widget_->setEnabled(enabled); }
 void RectControl::describe(const std::string& text) {
   const QString plain = QString::fromStdString(text);
   widget_->setAccessibleDescription(plain);
+  // Escaped, because the toolkit would read a name such as <b> as markup.
   widget_->setToolTip("<p style='white-space:pre'>" + plain.toHtmlEscaped());
 }
 
