@@ -2,8 +2,6 @@
 
 #include "app/menubar1.h"
 #include "builder/driver.h"
-#include "builder/resourcelookup.h"
-#include "photos/scan.h"
 #include "platform/core/text.h"
 #include "platform/ui/dialogs.h"
 #include "platform/ui/runtime.h"
@@ -61,18 +59,6 @@ void Window1::PushButton2_Action() { chooseFolder("PushButton2", outFol); }
 
 void Window1::PushButton3_Action() {
   if (buildDigiFilm(*this)) MsgBox("Votre DigiFilm est créé !");
-}
-
-void Window1::BuildTab(const Ref<FolderItem>& folder) {
-  orvelin::BuildTab(folder, outFol, tabItem);
-}
-
-bool Window1::isOpenablePicture(const Ref<FolderItem>& f) const {
-  return orvelin::isOpenablePicture(f);
-}
-
-Ref<FolderItem> Window1::GetResource(const std::string& name) {
-  return orvelin::GetResource(appFolder, name);
 }
 
 void Window1::chooseFolder(const std::string& button, Ref<FolderItem>& property) {

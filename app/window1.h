@@ -2,28 +2,23 @@
 
 #include <string>
 
-#include "builder/state.h"
+#include "builder/buildstate.h"
 #include "platform/ui/menus.h"
 #include "platform/ui/window.h"
 
 namespace orvelin {
 
-/// The main window: three numbered steps, each usable once the steps before it are done. What the
-/// builds work on, `tabItem`, `inFol`, `outFol` and `appFolder`, are members of its own.
+/// The main window with its three numbered steps; each is enabled once the steps before it are
+/// done. The state of the builds, with the methods that use it, is inherited from BuildState.
 class Window1 : public Window, public BuildState {
  public:
-  /// The open main window; opened if there is none.
+  /// The main window; opens it if it is not open.
   static Ref<Window1> Instance();
-
-  /// Finds the pictures of `folder` for `tabItem`.
-  void BuildTab(const Ref<FolderItem>& folder);
-  bool isOpenablePicture(const Ref<FolderItem>& f) const;
-  /// A file among the application's own resources; nil when they are not found.
-  Ref<FolderItem> GetResource(const std::string& name);
 
   Ref<MenuItem> FichierMenu() const;
   Ref<AppleMenuItem> AppleApropos() const;
   Ref<QuitMenuItem> FileQuit() const;
+  /// Always nil: there is no such item.
   Ref<MenuItem> UntitledMenu0() const;
 
  protected:
@@ -38,9 +33,10 @@ class Window1 : public Window, public BuildState {
   void PushButton1_Action();
   void PushButton2_Action();
   void PushButton3_Action();
+  /// Shows the about box. Returns false, which has no effect: there is no other handler to call.
   bool _AppleApropos_Action();
 
-  /// Lets the user choose a folder for the property; then enables the steps that can be done.
+  /// Opens the folder dialog for the property, then enables the steps that can be done.
   void chooseFolder(const std::string& button, Ref<FolderItem>& property);
 };
 

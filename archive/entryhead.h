@@ -9,33 +9,32 @@
 
 namespace orvelin {
 
-// The folder archive: one file that holds a folder tree, numbers big-endian.
+// The folder archive: one file that contains a folder tree. Numbers are big-endian.
 //
-//   archive = entry                  usually a folder; what follows it is not read
+//   archive = entry                    usually a folder; the rest of the file is ignored
 //   entry   = folder | file
-//   folder  = "[FOLDER]" head entry  as many entries as head says
-//   file    = "[FILE]"   head byte   as many bytes as head says
+//   folder  = "[FOLDER]" head entry*   `number` entries
+//   file    = "[FILE]"   head byte*    `number` bytes
 //   head    = name modified created number
 //
-//   tags and name    a length byte, then that many bytes, without encoding
-//   modified         a double: seconds since 1904-01-01 00:00:00 local time
-//   created          likewise
-//   number           a signed 32-bit integer
+//   tags, name          a length byte, then that many bytes in no particular encoding
+//   modified, created   a double: seconds since 1904-01-01 00:00:00 in local time
+//   number              a signed 32-bit integer
 //
-// A reader takes tags in any letter case. A tag that is neither of the two is an entry by itself.
+// Tags are read in any letter case. Any other tag is an entry without a head or contents.
 
 inline constexpr std::string_view folderTag = "[FOLDER]";
 inline constexpr std::string_view fileTag = "[FILE]";
 
-/// What stands between an entry's tag and its contents.
+/// The part of an entry between its tag and its contents.
 struct EntryHead {
-  std::string name;     ///< a single path component
-  Date modified;        ///< kept in the archive, never applied to what is unpacked
-  Date created;         ///< likewise
-  std::int32_t number;  ///< of entries in a folder, of bytes in a file
+  std::string name;     ///< a file name without a path
+  Date modified;        ///< stored when packing, ignored when unpacking
+  Date created;         ///< stored when packing, ignored when unpacking
+  std::int32_t number;  ///< entries in the folder, or bytes in the file
 };
 
-/// Reads a head; what lies past the archive's end reads as an empty name and zeros.
+/// Reads a head. Past the end of the archive, names are empty and numbers zero.
 EntryHead readHead(BinaryStream& archive);
 void writeHead(BinaryStream& archive, const EntryHead& head);
 

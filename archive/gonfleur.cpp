@@ -14,7 +14,7 @@ EntryHead headOf(const FolderItem& item, std::int32_t number) {
   return {item.Name(), item.ModificationDate(), item.CreationDate(), number};
 }
 
-/// A file's length as an entry stores it: the low 32 bits, as a signed number.
+/// The file's length as stored in an entry: the low 32 bits, as a signed number.
 std::int32_t storedLength(const BinaryStream& file) {
   return static_cast<std::int32_t>(file.Length() & 0xffffffff);
 }
@@ -26,7 +26,7 @@ void GonfleurClass::Gonfler(const Ref<FolderItem>& archive,
   if (!archive || !destination) return;
   if (!destination->Directory() || archive->Directory()) return;
   const Ref<BinaryStream> stream = archive->OpenAsBinaryFile();
-  if (!stream) return report(*stream.why());
+  if (!stream) return report(stream.why());
   stream->LittleEndian(false);
   expanding(*stream, *destination, 1);
 }
@@ -53,7 +53,7 @@ void GonfleurClass::Degonfler(const Ref<FolderItem>& source, const Ref<FolderIte
   if (!source || !archive) return;
   if (!source->Directory() || archive->Directory()) return;
   const Ref<BinaryStream> stream = archive->CreateBinaryFile("text");
-  if (!stream) return report(*stream.why());
+  if (!stream) return report(stream.why());
   packFolder(*stream, *source);
 }
 
@@ -77,7 +77,7 @@ void GonfleurClass::compressing(BinaryStream& stream, FolderItem& folder) {
       stream.Write(file->Read(length));
       file->Close();
     } else {
-      report(*file.why());
+      report(file.why());
     }
     RuntimeBackgroundTask();
   }

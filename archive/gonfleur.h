@@ -8,23 +8,22 @@
 
 namespace orvelin {
 
-/// Unpacks and packs folder archives; see entryhead.h for their format. Neither reports whether it
-/// did all of its work. A name that designates nothing, or a file that can't be created, ends the
-/// unpacking as a nil failure; what has been created stays.
+/// Unpacks and packs folder archives; entryhead.h defines their format. Neither returns whether it
+/// was complete.
 class GonfleurClass {
  public:
-  /// Recreates the tree that `archive` holds inside the folder `destination`, merging with what is
-  /// there; files of the same name are replaced. Does nothing when either is nil or of the wrong
-  /// kind.
+  /// Unpacks `archive` into the folder `destination`. Merges folders and replaces files that exist.
+  /// Does nothing if either is nil, or if the archive is a folder or the destination is not. Throws
+  /// NilObjectException at an invalid name or a file that can't be created; earlier entries stay.
   void Gonfler(const Ref<FolderItem>& archive, const Ref<FolderItem>& destination) const;
 
-  /// Packs the folder `source`, with everything in it, into the new file `archive`. Does nothing
-  /// when either is nil or of the wrong kind. A file that can't be opened has no entry but stays in
-  /// the count of its folder, so that a reader takes the next entry in its place.
+  /// Packs the folder `source` and its contents into the file `archive`, replacing it. Does nothing
+  /// if either is nil, or if the source is no folder or the archive is one. A file that can't be
+  /// opened has no entry but is counted in its folder, so a reader takes the next entry for it.
   void Degonfler(const Ref<FolderItem>& source, const Ref<FolderItem>& archive) const;
 
-  /// Writes the entry of the folder, with everything in it, to an archive; `archive.failed()` says
-  /// afterwards whether a write failed.
+  /// Writes the entry of the folder, with its contents, to an archive. Check `archive.failed()`
+  /// afterwards.
   static void packFolder(BinaryStream& archive, FolderItem& folder);
 
  private:

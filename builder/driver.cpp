@@ -4,8 +4,6 @@
 
 #include "archive/gonfleur.h"
 #include "builder/orderfile.h"
-#include "builder/resourcelookup.h"
-#include "photos/scan.h"
 #include "photos/unfinished.h"
 #include "platform/core/resourcefork.h"
 
@@ -29,14 +27,14 @@ bool buildDigiFilm(BuildState& state) {
   state.outFol = state.outFol->Child("DIGIFILM");
   state.outFol->CreateAsFolder();
 
-  BuildTab(state.inFol, state.outFol, state.tabItem);
+  state.BuildTab(state.inFol);
   writeOrderFile(*state.outFol->Child("digifilm.txt"), state.tabItem);
 
   state.outFol->Child("misc")->CreateAsFolder();
   writeResource(128, *state.outFol->Child("misc")->Child("favorite.mrk"));
   writeResource(129, *state.outFol->Child("autorun.inf"));
 
-  GonfleurClass().Gonfler(GetResource(state.appFolder, "datafile"), state.outFol);
+  GonfleurClass().Gonfler(state.GetResource("datafile"), state.outFol);
   deleteUnfinished(*state.outFol);
   return true;
 }

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "builder/state.h"
+#include "builder/buildstate.h"
 
 namespace orvelin {
 
-/// Builds the DigiFilm of `state.inFol` inside `state.outFol`, in one pass. False, without doing
-/// anything, when one of the folders is nil. Deletes nothing but what a killed build left
-/// unfinished. Afterwards `state.outFol` is the new DIGIFILM folder, so that the next build goes
-/// inside it.
+/// Builds the DigiFilm of `state.inFol` in `state.outFol`, and sets `state.outFol` to the new
+/// folder DIGIFILM, so the next build is made inside it. Deletes nothing except the temporary files
+/// of a killed build. Returns false and does nothing if a folder is nil.
 bool buildDigiFilm(BuildState& state);
 
 }  // namespace orvelin

@@ -7,7 +7,7 @@ Ref<FileType> FileTypes::pNile;
 
 void FileTypes::install() {
   pText = makeRef<FileType>(FileType{"text", "", "TEXT", "text"});
-  pNile = makeRef<FileType>(FileType{"nile", "", "", ""});  // a name that selects no codes
+  pNile = makeRef<FileType>(FileType{"nile", "", "", ""});  // without type and creator
 }
 
 void FileTypes::release() {

@@ -6,7 +6,7 @@
 
 namespace orvelin {
 
-/// What files of one kind are stamped with on a system that keeps such codes.
+/// A file type. Linux has no type and creator codes, so a type has no effect here.
 struct FileType {
   std::string Name;
   std::string Extensions;
@@ -14,7 +14,7 @@ struct FileType {
   std::string MacCreator;
 };
 
-/// The program's file types, there from start-up to the end.
+/// The program's file types, set from start-up to the end of the program.
 struct FileTypes {
   static Ref<FileType> pText;
   static Ref<FileType> pNile;

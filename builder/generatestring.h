@@ -4,7 +4,7 @@
 
 namespace orvelin {
 
-/// `str` written `nbr` times in a row; empty for an `nbr` of 0 or less.
+/// `str` repeated `nbr` times; empty if `nbr` is 0 or negative.
 std::string GenerateString(const std::string& str, int nbr);
 
 }  // namespace orvelin

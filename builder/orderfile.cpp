@@ -15,7 +15,7 @@ void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem) {
   const Ref<BinaryStream> stream = orderFile.CreateBinaryFile("text");
   const auto line = [&](const std::string& text) { stream->Write(text + lineEnd); };
 
-  // The spaces inside the values are uneven on purpose: readers of the file get these very bytes.
+  // The uneven spaces in the values are part of the format.
   line("; DigiFilm.txt");
   line(";");
   line("[Main]");
@@ -34,8 +34,8 @@ void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem) {
 
   const std::size_t count = tabItem.size();
   for (std::size_t i = 0; i < count; ++i) {
-    stream->Flush();  // a killed build leaves the records of all pictures but the last
-    stream->Write(tabItem[i]->BuildData());
+    stream->Flush();  // a killed build lacks at most the record of its last picture
+    stream->Write(tabItem[i]->BuildData());  // also places the picture
     line("");
     line("");
     RuntimeBackgroundTask();

@@ -5,9 +5,9 @@
 
 namespace orvelin {
 
-/// Replaces the order file: a fixed header, the record of every item in list order, a fixed
-/// trailer. Producing its record puts each item's picture in its place. A nil failure when the file
-/// can't be created; a write that fails later is only logged.
+/// Places the picture of every item and writes the order file, replacing an older one: a fixed
+/// header, the record of every item in list order, a fixed trailer. Throws NilObjectException if
+/// the file can't be created; logs later write errors.
 void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem);
 
 }  // namespace orvelin

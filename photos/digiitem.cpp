@@ -8,8 +8,8 @@ namespace orvelin {
 
 namespace {
 
-/// The child of that name, made as a folder if there is none yet.
-Ref<FolderItem> folderIn(const FolderItem& parent, const std::string& name) {
+/// The child of that name; created as a folder if it does not exist.
+Ref<FolderItem> subfolder(const FolderItem& parent, const std::string& name) {
   Ref<FolderItem> folder = parent.Child(name);
   if (!folder->Exists()) folder->CreateAsFolder();
   return folder;
@@ -19,13 +19,67 @@ Ref<FolderItem> folderIn(const FolderItem& parent, const std::string& name) {
 
 DigiItem::DigiItem(Ref<FolderItem> theFile, const Ref<FolderItem>& root, std::int32_t index)
     : theFol(std::move(theFile)), fileIndex(index + 1) {
-  // Numbering from 1 leaves the first folder one picture short, and folder numbers are all even.
+  // Numbers start at 1, so the first folder has one picture fewer than the others. All folder
+  // numbers are even.
   const double number = 100.0 + 2.0 * Floor(fileIndex / 51.0);
   retFolder = Str(number) + "k6230";
-  ParentFolder = folderIn(*root, "dcim");
-  ParentFolder = folderIn(*ParentFolder, retFolder);
+  ParentFolder = subfolder(*root, "dcim");
+  ParentFolder = subfolder(*ParentFolder, retFolder);
 }
 
-std::string DigiItem::placedName() const { return Format(fileIndex, "000") + ".jpg"; }
+std::string DigiItem::fileName() const { return Format(fileIndex, "000") + ".jpg"; }
+
+std::string DigiItem::BuildData() const {
+  // The record first: if the picture is placed onto its own source, the source's time changes.
+  std::string text = record();
+  placePicture();
+  return text;
+}
+
+std::string DigiItem::record() const {
+  const std::string lineEnd = Chr(13) + Chr(10);
+  const std::string folder = "/dcim/" + retFolder + "/";
+
+  std::string text;
+  text += "[Std]" + lineEnd;
+  text += "QTY=1" + lineEnd;
+  text += "FILE=" + folder + fileName() + lineEnd;
+  // The name of the source in the folder of the copy. No file of this name is written.
+  text += "ORIGINAL=" + folder + theFol->Name() + lineEnd;
+  text += "TIMESTAMP=" + dateToTimeStamp(theFol->ModificationDate());
+  return text;
+}
+
+void DigiItem::placePicture() const {
+  const Ref<FolderItem> target = ParentFolder->Child(fileName());
+  if (isJPEG(theFol))
+    theFol->CopyFileTo(target);
+  else
+    copyAsJPEG(theFol, target);
+}
+
+std::string DigiItem::dateToTimeStamp(Date d) {
+  // This shifts the year and not the instant: month, day and time of day stay the same.
+  d.Year(d.Year() - 66);
+  return Lowercase("0x" + Hex(static_cast<std::int64_t>(Floor(d.TotalSeconds()))));
+}
+
+bool DigiItem::isJPEG(const Ref<FolderItem>& f) {
+  if (!f) return false;
+  const Ref<BinaryStream> stream = f->OpenAsBinaryFile();
+  if (!stream) {
+    report(stream.why());
+    return false;
+  }
+  // Only these four letters count: a JPEG that starts with another segment is converted.
+  stream->Read(6);
+  return equalTexts(stream->Read(4), "JFIF");
+}
+
+void DigiItem::copyAsJPEG(const Ref<FolderItem>& source, const Ref<FolderItem>& target) {
+  if (!source || !target) return;
+  const Ref<Picture> picture = source->OpenAsPicture();
+  if (picture) target->SaveAsJPEG(picture);
+}
 
 }  // namespace orvelin

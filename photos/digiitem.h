@@ -12,27 +12,29 @@ namespace orvelin {
 /// One picture to be placed on the DigiFilm.
 class DigiItem {
  public:
-  /// Takes its number from `index`, the position from 0 that it is about to have in the list, and
-  /// makes its numbered folder under `root`'s "dcim" at once. A nil `root` is a failure.
+  /// `index` is the item's position in the list, from 0. Creates the item's numbered folder in the
+  /// folder "dcim" of `root`; throws NilObjectException if `root` is nil.
   DigiItem(Ref<FolderItem> theFile, const Ref<FolderItem>& root, std::int32_t index);
 
-  /// The picture's record for the order file, without a last line end. Puts the picture in its
-  /// place too, copied or converted; whether that succeeded makes no difference to the record.
+  /// Places the picture on the DigiFilm and returns its record for the order file, which does not
+  /// depend on whether placing it succeeded.
   std::string BuildData() const;
 
  private:
-  std::string placedName() const;
+  std::string fileName() const;
+  std::string record() const;
+  void placePicture() const;
   static std::string dateToTimeStamp(Date d);
   static bool isJPEG(const Ref<FolderItem>& f);
   static void copyAsJPEG(const Ref<FolderItem>& source, const Ref<FolderItem>& target);
 
   Ref<FolderItem> theFol;        // the source picture
-  std::int32_t fileIndex;        // from 1, in scan order, running on across folders
+  std::int32_t fileIndex;        // from 1, in the order of the scan, counted across folders
   Ref<FolderItem> ParentFolder;  // the numbered folder that receives the picture
-  std::string retFolder;         // its name, "100k6230"
+  std::string retFolder;         // its name, such as "100k6230"
 };
 
-/// The list of a build's pictures, in the order of their numbers.
+/// The pictures of a build, in the order of their numbers.
 using DigiItems = std::vector<Ref<DigiItem>>;
 
 }  // namespace orvelin

@@ -12,7 +12,7 @@ namespace {
 
 class Walk {
  public:
-  Walk(const Ref<FolderItem>& outFol, DigiItems& tabItem) : outFol_(outFol), tabItem_(tabItem) {}
+  explicit Walk(ScanState& state) : state_(state) {}
 
   void folder(FolderItem& folder) {
     if (!descent_.enter(folder)) return;
@@ -28,24 +28,27 @@ class Walk {
   void entry(const Ref<FolderItem>& entry) {
     if (entry->Directory())
       folder(*entry);
-    else if (!isUnfinished(*entry) && isOpenablePicture(entry))
-      tabItem_.push_back(
-          makeRef<DigiItem>(entry, outFol_, static_cast<std::int32_t>(tabItem_.size())));
+    else if (!isUnfinished(*entry) && ScanState::isOpenablePicture(entry))
+      append(entry);
   }
 
-  const Ref<FolderItem>& outFol_;
-  DigiItems& tabItem_;
+  void append(const Ref<FolderItem>& picture) {
+    const auto index = static_cast<std::int32_t>(state_.tabItem.size());
+    state_.tabItem.push_back(makeRef<DigiItem>(picture, state_.outFol, index));
+  }
+
+  ScanState& state_;
   Descent descent_;
 };
 
 }  // namespace
 
-void BuildTab(const Ref<FolderItem>& folder, const Ref<FolderItem>& outFol, DigiItems& tabItem) {
-  FolderItem start(folder->Path());  // not the listing of an earlier build
-  Walk(outFol, tabItem).folder(start);
+void ScanState::BuildTab(const Ref<FolderItem>& folder) {
+  FolderItem start(folder->Path());  // without the listing of an earlier build
+  Walk(*this).folder(start);
 }
 
-bool isOpenablePicture(const Ref<FolderItem>& f) {
+bool ScanState::isOpenablePicture(const Ref<FolderItem>& f) {
   if (!f) return false;
   const Ref<Picture> picture = f->OpenAsPicture();
   return picture && picture->decodes();

@@ -6,13 +6,20 @@
 
 namespace orvelin {
 
-/// Walks `folder` depth first, in the order of its listing, and appends an item to `tabItem` for
-/// every file that opens as a picture; the items create their folders under `outFol`. Skips aliases
-/// back into a folder being walked, endless chains of aliases, and what a killed build left
-/// unfinished. A nil `folder` is a failure.
-void BuildTab(const Ref<FolderItem>& folder, const Ref<FolderItem>& outFol, DigiItems& tabItem);
+/// The two folders that the user chooses, and the pictures that the scan finds.
+struct ScanState {
+  DigiItems tabItem;       ///< the pictures of the last build
+  Ref<FolderItem> inFol;   ///< the photo folder; nil until it is chosen
+  Ref<FolderItem> outFol;  ///< the destination; after a build, the folder DIGIFILM in it
 
-/// Whether the file can be opened as a picture and decoded; false for nil.
-bool isOpenablePicture(const Ref<FolderItem>& f);
+  /// Walks `folder` depth first, in the order of its listing, and appends an item to `tabItem` for
+  /// each file that opens as a picture; the items create their folders in `outFol`. Skips symlinks
+  /// back into a folder of the walk, endless chains of symlinks, and the temporary files of a
+  /// killed build. Throws NilObjectException if `folder` is nil.
+  void BuildTab(const Ref<FolderItem>& folder);
+
+  /// Whether the file opens and decodes as a picture; false for nil.
+  static bool isOpenablePicture(const Ref<FolderItem>& f);
+};
 
 }  // namespace orvelin

@@ -4,11 +4,11 @@
 
 namespace orvelin {
 
-/// Whether the file is a placed picture that a killed build left unfinished: a regular file
+/// Whether this is the temporary file of a picture that a killed build was placing: a regular file
 /// `.N.jpg.orvelin`, N of three or more digits, in a folder `dcim/Nk6230`.
 bool isUnfinished(const FolderItem& file);
 
-/// Deletes such files from the numbered folders in `root`'s "dcim".
+/// Deletes such files from the numbered folders in the folder "dcim" of `root`.
 void deleteUnfinished(const FolderItem& root);
 
 }  // namespace orvelin

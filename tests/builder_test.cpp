@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "builder/driver.h"
-#include "builder/resourcelookup.h"
 #include "platform/core/resourcefork.h"
 #include "support.h"
 
@@ -9,9 +8,9 @@ namespace orvelin::test {
 
 TEST(Lookup, TakesTheFirstFolderThatHoldsTheSignatureAndNothingMore) {
   const fs::path base = GetFolderItem("")->Path();
-  Ref<FolderItem> first, later;
-  const auto found = [&](Ref<FolderItem>& appFolder) {
-    return fs::relative(GetResource(appFolder, "datafile")->Path(), base).string();
+  BuildState first, later;
+  const auto found = [&](BuildState& state) {
+    return fs::relative(state.GetResource("datafile")->Path(), base).string();
   };
   write(base / "1/PkgInfo", "APPLQvzt\n");
   write(base / "3/Contents/PkgInfo", "APPLQvzt");
@@ -30,7 +29,7 @@ class Build : public FileTest {
     fs::create_directory(folder / "CD");
   }
   const fs::path photos = folder / "photos";
-  BuildState state{{}, item(photos), item(folder / "CD"), nullptr};
+  BuildState state{{{}, item(photos), item(folder / "CD")}, nullptr};
   const fs::path root = folder / "CD/DIGIFILM";
 };
 
@@ -70,7 +69,7 @@ TEST_F(Build, LogsOnceThatAFolderIsReadOnly) {
 TEST_F(Build, NestsWhenRepeatedAndReplacesAReadOnlyTreeWhenTheDestinationIsChosenAgain) {
   addPhoto("a.png", "aquarelle.png");
   for (int i = 0; i < 2; ++i) ASSERT_TRUE(buildDigiFilm(state));
-  EXPECT_EQ(state.outFol->Path(), (root / "DIGIFILM").string());
+  EXPECT_EQ(state.outFol->Path(), root / "DIGIFILM");
 
   fs::rename(root / "DIGIFILM", folder / "first");
   write(root / "dcim/100k6230/077.jpg", "mine");

@@ -54,7 +54,7 @@ class Faults : public FileTest {
   /// Whether a build runs to its end.
   bool build(const fs::path& destination) try {
     fs::create_directories(destination);
-    BuildState state{{}, item(photos), item(destination), nullptr};
+    BuildState state{{{}, item(photos), item(destination)}, nullptr};
     return buildDigiFilm(state);
   } catch (const NilObjectException&) {
     return false;

@@ -60,10 +60,10 @@ class Scan : public FileTest {
   /// The original names in the order of the scan of `folder`/photos.
   Tree scanned() {
     fs::create_directory(folder / "out");
-    DigiItems found;
-    BuildTab(item(folder / "photos"), item(folder / "out"), found);
+    ScanState state{{}, nullptr, item(folder / "out")};
+    state.BuildTab(item(folder / "photos"));
     Tree names;
-    for (const auto& digiItem : found) {
+    for (const auto& digiItem : state.tabItem) {
       const std::string record = digiItem->BuildData();
       const auto begin = record.find("ORIGINAL=/dcim/100k6230/") + 24;
       names.push_back(record.substr(begin, record.find("\r\n", begin) - begin));
@@ -110,18 +110,18 @@ TEST_F(Scan, TakesEachEntryOfItsFirstListingForWhatItIsAtItsTurn) {
 
 TEST_F(Scan, ListsFoldersAgainContinuesAListAndMakesNothingWithoutPictures) {
   fs::create_directory(folder / "photos");
-  const auto photos = item(folder / "photos"), out = item(folder);
-  DigiItems found;
+  const auto photos = item(folder / "photos");
+  ScanState state{{}, nullptr, item(folder)};
   for (const std::size_t pictures : {0U, 1U, 3U}) {
     setTime(folder / "photos", 1'000'000'000);
-    BuildTab(photos, out, found);
-    EXPECT_EQ(found.size(), pictures);
+    state.BuildTab(photos);
+    EXPECT_EQ(state.tabItem.size(), pictures);
     EXPECT_EQ(fs::exists(folder / "dcim"), pictures > 0);
     photo(std::to_string(pictures));
   }
-  EXPECT_NE(found.at(1)->BuildData().find("/002.jpg"), std::string::npos);
-  EXPECT_THROW(BuildTab(nullptr, out, found), NilObjectException);
-  EXPECT_FALSE(isOpenablePicture(nullptr));
+  EXPECT_NE(state.tabItem.at(1)->BuildData().find("/002.jpg"), std::string::npos);
+  EXPECT_THROW(state.BuildTab(nullptr), NilObjectException);
+  EXPECT_FALSE(ScanState::isOpenablePicture(nullptr));
 }
 
 TEST_F(Scan, SkipsAndDeletesByNameOnlyWhatAKilledBuildLeaves) {

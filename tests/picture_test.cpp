@@ -182,7 +182,7 @@ TEST_F(Pictures, OfCamerasOwnFormatsAndUnknownTonesAreRefused) {
   };
   const auto whyRefused = [&](const VImage& image, const std::vector<Entry>& entries) {
     const auto picture = fileOf(tiffWith(image, entries))->OpenAsPicture();
-    return picture ? "" : picture.why()->reason;
+    return picture ? "" : picture.why().reason;
   };
   const Entry reduced{TIFFTAG_SUBFILETYPE, TIFF_LONG, 1, 1},
       divided{TIFFTAG_SUBIFD, TIFF_LONG, 1, 8};
@@ -248,7 +248,7 @@ TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
                            "P3\n1 1\n255\n255 0 0\n", "%PDF-1.4\n", "\xff\xd8\xff\xe0",
                            "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
                            "push graphic-context\nviewbox 0 0 9 9\n"})
-    EXPECT_FALSE(isOpenablePicture(fileOf(text))) << text;
+    EXPECT_FALSE(ScanState::isOpenablePicture(fileOf(text))) << text;
 }
 
 TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
@@ -268,7 +268,7 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
         {read(fs::path(ORVELIN_SEEDS) / "picture/separate-scans"), 3}}) {
     PictureFile file(Descriptor(::open(fileOf(bytes)->Path().c_str(), O_RDONLY)));
     EXPECT_EQ(countBufferedScans(file), scans);
-    EXPECT_TRUE(isOpenablePicture(fileOf(bytes)));
+    EXPECT_TRUE(ScanState::isOpenablePicture(fileOf(bytes)));
     std::string buffered = bytes.substr(0, bytes.find("\xff\xda", bytes.find("\xff\xda") + 2));
     EXPECT_TRUE(fileOf(buffered)->OpenAsPicture());
     const auto size = std::min(buffered.find("\xff\xc2"), buffered.find("\xff\xc0")) + 5;
@@ -277,7 +277,7 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
     const auto scan = bytes.rfind("\xff\xda");
     std::string endless = bytes.substr(0, bytes.size() - 2);
     for (int i = 0; i < 3000; ++i) endless += bytes.substr(scan, bytes.size() - 2 - scan);
-    EXPECT_FALSE(isOpenablePicture(fileOf(endless + "\xff\xd9")));
+    EXPECT_FALSE(ScanState::isOpenablePicture(fileOf(endless + "\xff\xd9")));
   }
 }
 

@@ -27,7 +27,7 @@ TEST_F(Names, ThatDesignateNoChildGiveNil) {
     EXPECT_FALSE(base->Child(name)) << name;
   EXPECT_FALSE(item(folder / std::string(PATH_MAX - 20, 'a'))->Child(std::string(200, 'a')));
   EXPECT_EQ(base->Child(std::string(255, 'a'))->Name().size(), 255U);
-  EXPECT_EQ(base->Child("..a")->Path(), folder.string() + "/..a");
+  EXPECT_EQ(base->Child("..a")->Path(), folder / "..a");
   EXPECT_EQ(base->Name(), folder.filename());
 }
 
@@ -98,9 +98,9 @@ TEST_F(Files, AreOnRemovableVolumesWhereDesktopsMountThem) {
         "server:/run/media /mnt/media nfs rw 0 0\n"
         "/dev/sdb1 /run/media/anne/EOS_DIGITAL vfat rw 0 0\n"
         "/dev/sdc1 /media/anne/Photos\\040de\\040Noël ext4 rw 0 0\n");
-  EXPECT_EQ(removableVolumes((folder / "mounts").c_str()),
-            (Tree{"/media/anne/Photos de Noël", "/run/media/anne/EOS_DIGITAL"}));
-  EXPECT_EQ(removableVolumes("nowhere"), Tree{});
+  EXPECT_EQ(removableVolumes(folder / "mounts"),
+            (std::vector<fs::path>{"/media/anne/Photos de Noël", "/run/media/anne/EOS_DIGITAL"}));
+  EXPECT_TRUE(removableVolumes("nowhere").empty());
 }
 
 TEST(StandardStreams, AreOpenedAndSurviveAReaderThatHasGone) {

@@ -16,7 +16,7 @@ namespace orvelin::test {
 
 namespace fs = std::filesystem;
 
-inline Ref<FolderItem> item(const fs::path& path) { return makeRef<FolderItem>(path.string()); }
+inline Ref<FolderItem> item(const fs::path& path) { return makeRef<FolderItem>(path); }
 
 inline fs::path sample(const std::string& name) { return fs::path(ORVELIN_SAMPLES) / name; }
 

@@ -167,7 +167,7 @@ TEST_F(WindowTest, AndItsFolderDialogAreFrenchForScreenReaders) {
 
 TEST_F(WindowTest, BuildsTheSameUnderAStormOfInputAndQuitsOnlyAfterTheMessage) {
   for (const char* name : {"a", "b"}) addPhoto(name, "plan [2005].bmp");
-  BuildState calm{{}, item(folder / "photos"), item(folder), nullptr};
+  BuildState calm{{{}, item(folder / "photos"), item(folder)}, nullptr};
   buildDigiFilm(calm);
   bool letIn = false, dismissed = false;
   const auto storm = [&] {

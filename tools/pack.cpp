@@ -11,8 +11,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Whether all of the folder can be packed: every file opens, and no symlink leads back into a
-/// folder that contains it. Logs what can't.
+/// Whether the folder can be packed: every file can be opened, and there is no cycle of symlinks.
+/// Logs the first problem.
 bool isPackable(FolderItem& folder, Descent& descent) {
   if (!descent.enter(folder)) {
     report({"Impossible d’archiver le dossier", folder.Path(), "des alias tournent en rond"});
@@ -24,7 +24,7 @@ bool isPackable(FolderItem& folder, Descent& descent) {
     if (entry->Directory()) {
       if (!isPackable(*entry, descent)) return false;
     } else if (const auto file = entry->OpenAsBinaryFile(); !file) {
-      report(*file.why());
+      report(file.why());
       return false;
     }
   }
@@ -32,7 +32,7 @@ bool isPackable(FolderItem& folder, Descent& descent) {
   return true;
 }
 
-/// Packs the folder. False, with the reason logged, when the archive could not be written.
+/// Packs the folder. Returns false, and logs why, if the archive could not be written.
 bool pack(FolderItem& folder, const FolderItem& archive) try {
   const Ref<BinaryStream> stream = archive.CreateBinaryFile("text");
   GonfleurClass::packFolder(*stream, folder);
@@ -57,17 +57,17 @@ int main(int argc, char** argv) {
     return 1;
   };
   std::error_code error;
-  const fs::path source = fs::canonical(argv[1], error);  // "." and symlinks have no name to store
-  FolderItem folder(source.string());
+  const fs::path source = fs::canonical(argv[1], error);  // gets the name of "." to store
+  FolderItem folder(source);
   if (error || !folder.Directory()) return fail(argv[1], "is not a folder");
   const fs::path target = fs::absolute(argv[2], error);
   if (error || fs::is_directory(target, error)) return fail(argv[2], "is not a file");
   const auto removeArchive = [&] {
     if (fs::is_regular_file(target, error)) fs::remove(target, error);
   };
-  removeArchive();  // an older archive must not pass for the new one
+  removeArchive();  // on failure no older archive must remain
   if (Descent descent; !isPackable(folder, descent)) return fail(argv[1], "can't be packed");
-  if (pack(folder, FolderItem(target.string()))) return 0;
+  if (pack(folder, FolderItem(target))) return 0;
   removeArchive();
   return fail(argv[2], "could not be written");
 }

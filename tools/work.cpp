@@ -7,22 +7,24 @@
 
 using namespace orvelin;
 
-/// What the program does without its window, for those who measure or disturb it. Paths are
-/// absolute; the destination exists.
+/// Builds, unpacks or packs without a window, for the tests and the benchmark. Paths are absolute;
+/// the destination must exist.
 int main(int argc, char** argv) try {
   secureStandardStreams();
-  const std::string work = argc == 4 ? argv[1] : "";
-  if (work != "build" && work != "unpack" && work != "pack") {
+  const std::string command = argc == 4 ? argv[1] : "";
+  if (command != "build" && command != "unpack" && command != "pack") {
     std::cerr << "usage: orvelin-work build PHOTOS DESTINATION\n"
                  "       orvelin-work unpack ARCHIVE DESTINATION\n"
                  "       orvelin-work pack FOLDER ARCHIVE\n";
     return 2;
   }
   const Ref<FolderItem> from = GetFolderItem(argv[2]), to = GetFolderItem(argv[3]);
-  if (work == "build") {
-    BuildState state{{}, from, to, nullptr};
+  if (command == "build") {
+    BuildState state;
+    state.inFol = from;
+    state.outFol = to;
     buildDigiFilm(state);
-  } else if (work == "unpack") {
+  } else if (command == "unpack") {
     GonfleurClass().Gonfler(from, to);
   } else {
     GonfleurClass().Degonfler(from, to);

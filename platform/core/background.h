@@ -4,11 +4,11 @@ namespace orvelin {
 
 using BackgroundTask = void (*)();
 
-/// Lets pending work of the program's surroundings run. Every long loop calls it once a pass; it
-/// costs next to nothing when nothing waits.
+/// Runs the installed background task, if any. Every long loop calls it once per pass; with nothing
+/// to do it takes nanoseconds.
 void RuntimeBackgroundTask();
 
-/// Sets what RuntimeBackgroundTask calls; null, as at start, for nothing.
+/// Sets what RuntimeBackgroundTask calls; null, the default, for nothing.
 void installBackgroundTask(BackgroundTask task);
 
 }  // namespace orvelin

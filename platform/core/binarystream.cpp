@@ -11,21 +11,22 @@ namespace orvelin {
 namespace {
 
 constexpr std::size_t bufferSize = 1 << 16;
+constexpr const char* cannotWrite = "Impossible d’écrire tout le fichier";
 
-}
+}  // namespace
 
-BinaryStream::BinaryStream(File file, std::string path, Use use)
+BinaryStream::BinaryStream(File file, std::filesystem::path path, Use use)
     : file_(std::move(file)), path_(std::move(path)), use_(use) {}
 
 BinaryStream::~BinaryStream() { Close(); }
 
 std::string BinaryStream::Read(std::int64_t count) {
   const auto wanted = static_cast<std::size_t>(std::max<std::int64_t>(count, 0));
-  std::string bytes = buffer_.substr(taken_, wanted);
+  std::string bytes = readAhead_.substr(taken_, wanted);
   taken_ += bytes.size();
   std::size_t got = bytes.size();
   if (got == wanted || ended_) return bytes;
-  // A length that lies must not claim more memory than the file has bytes to fill it.
+  // A wrong length must not allocate more memory than the file can fill.
   const bool large = wanted > bufferSize;
   bytes.resize(large ? std::min(wanted, got + static_cast<std::size_t>(file_.size())) : wanted);
   while (got < bytes.size()) {
@@ -46,11 +47,11 @@ std::int32_t BinaryStream::ReadLong() {
 }
 
 void BinaryStream::Write(std::string_view bytes) {
-  if (buffer_.size() + bytes.size() > bufferSize) Flush();
+  if (unwritten_.size() + bytes.size() > bufferSize) Flush();
   if (bytes.size() < bufferSize)
-    buffer_ += bytes;
-  else if (!failed_ && !file_.write(bytes))
-    reportOnce("Impossible d’écrire tout le fichier");
+    unwritten_ += bytes;
+  else
+    writeThrough(bytes);
 }
 
 void BinaryStream::WritePString(std::string_view text) {
@@ -67,50 +68,49 @@ void BinaryStream::WriteLong(std::int32_t number) {
   writeNumber(std::bit_cast<std::uint32_t>(number), 4);
 }
 
+void BinaryStream::Flush() {
+  writeThrough(unwritten_);
+  unwritten_.clear();
+}
+
 void BinaryStream::Close() {
   if (!file_.isOpen()) return;
   Flush();
-  if (!file_.close() && use_ == Use::Writing) reportOnce("Impossible d’écrire tout le fichier");
-  buffer_.clear();
+  if (!file_.close() && use_ == Use::Writing) logFirstFailure(cannotWrite);
+  readAhead_.clear();
   taken_ = 0;
 }
 
-std::string_view BinaryStream::Peek(std::size_t count) {
-  if (buffer_.size() - taken_ < count && !ended_) {
-    buffer_.erase(0, taken_);
-    taken_ = 0;
-    std::size_t held = buffer_.size();
-    buffer_.resize(held + std::max(count, bufferSize));
-    while (held < count) {
-      const std::size_t more = readSome(buffer_.data() + held, buffer_.size() - held);
-      held += more;
-      if (more == 0) break;
-    }
-    buffer_.resize(held);
-  }
-  return std::string_view(buffer_).substr(taken_, count);
-}
-
 std::string BinaryStream::take(std::size_t count) {
-  std::string bytes(Peek(count));
+  if (readAhead_.size() - taken_ < count && !ended_) {
+    readAhead_.erase(0, taken_);
+    taken_ = 0;
+    std::size_t held = readAhead_.size();
+    readAhead_.resize(held + bufferSize);
+    while (held < count) {
+      const std::size_t more = readSome(readAhead_.data() + held, readAhead_.size() - held);
+      if (more == 0) break;
+      held += more;
+    }
+    readAhead_.resize(held);
+  }
+  std::string bytes = readAhead_.substr(taken_, count);
   taken_ += bytes.size();
   return bytes;
 }
 
 std::size_t BinaryStream::readSome(char* bytes, std::size_t count) {
   const std::size_t got = file_.isOpen() ? file_.readSome(bytes, count) : 0;
-  if (file_.error()) reportOnce("Impossible de lire");
+  if (file_.error()) logFirstFailure("Impossible de lire");
   if (got == 0 && count > 0) ended_ = true;
   return got;
 }
 
-void BinaryStream::Flush() {
-  if (use_ == Use::Reading) return;
-  if (!failed_ && !file_.write(buffer_)) reportOnce("Impossible d’écrire tout le fichier");
-  buffer_.clear();
+void BinaryStream::writeThrough(std::string_view bytes) {
+  if (!failed_ && !file_.write(bytes)) logFirstFailure(cannotWrite);
 }
 
-void BinaryStream::reportOnce(const char* action) {
+void BinaryStream::logFirstFailure(const char* action) {
   if (!failed_) report(Failure::ofSystem(action, path_, file_.error()));
   failed_ = true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -8,30 +9,28 @@
 
 namespace orvelin {
 
-/// A stream of bytes over a file, opened either to read or to write; the destructor closes it. A
-/// read past the end yields an empty text or zero and is no failure. The first read or write that
-/// fails is logged; the file stays as it is then.
+/// A buffered stream of bytes over a file that is open either for reading or for writing; the
+/// destructor closes it. A read past the end returns an empty string or zero and is no failure. The
+/// first failed read or write is logged; nothing more is written after it.
 class BinaryStream {
  public:
   enum class Use { Reading, Writing };
-  /// Takes the open file; `path` is for messages alone.
-  BinaryStream(File file, std::string path, Use use);
+  /// Takes over the open file; `path` is used for log messages only.
+  BinaryStream(File file, std::filesystem::path path, Use use);
   BinaryStream(const BinaryStream&) = delete;
   BinaryStream& operator=(const BinaryStream&) = delete;
   ~BinaryStream();
 
-  /// The byte order of numbers; big-endian when false.
+  /// The byte order of numbers: little-endian if true, else big-endian.
   void LittleEndian(bool littleEndian) { littleEndian_ = littleEndian; }
-  /// Bytes in the file when it was opened.
+  /// Size of the file in bytes when it was opened.
   std::int64_t Length() const { return file_.size(); }
 
-  /// Up to `count` bytes, fewer where the file has fewer left; none for a negative count. Takes no
-  /// more from the file than that, while the typed reads read ahead.
+  /// Reads `count` bytes, or as many as the file has left; none if `count` is negative. Does not
+  /// read ahead, as the typed reads do.
   std::string Read(std::int64_t count);
-  /// The next bytes, fewer where the file has fewer left, without moving on; good until the next
-  /// call of anything else.
-  std::string_view Peek(std::size_t count);
-  /// A length byte, then that many bytes.
+
+  /// Reads a length byte, then that many bytes.
   std::string ReadPString();
   double ReadDouble();
   std::int32_t ReadLong();
@@ -41,25 +40,28 @@ class BinaryStream {
   void WritePString(std::string_view text);
   void WriteDouble(double number);
   void WriteLong(std::int32_t number);
-  /// Writes the buffer to the file.
+  /// Writes buffered bytes to the file.
   void Flush();
-  /// Whether a read or write of the system has failed so far.
+  /// Whether a read or write has failed.
   bool failed() const { return failed_; }
-  /// Writes the buffer and closes the file; nothing can be read or written afterwards.
+  /// Writes buffered bytes and closes the file. After that, reads return nothing and writes fail.
   void Close();
 
  private:
+  /// Reads like Read, but through the buffer.
   std::string take(std::size_t count);
   std::size_t readSome(char* bytes, std::size_t count);
-  void reportOnce(const char* action);
+  void writeThrough(std::string_view bytes);
+  void logFirstFailure(const char* action);
   std::uint64_t readNumber(std::size_t width);
   void writeNumber(std::uint64_t number, std::size_t width);
 
   File file_;
-  std::string path_;
+  std::filesystem::path path_;
   Use use_;
-  std::string buffer_;
-  std::size_t taken_ = 0;  // bytes of the buffer already read
+  std::string readAhead_;
+  std::size_t taken_ = 0;  // bytes of readAhead_ that are consumed
+  std::string unwritten_;
   bool littleEndian_ = true;
   bool ended_ = false;
   bool failed_ = false;

@@ -4,10 +4,10 @@
 
 namespace orvelin {
 
-/// The application's bundle, the folder `Orvelin.app`, derived from the executable's path whatever
-/// the current directory is and whichever symlink started the program.
+/// The application's bundle, the folder `Orvelin.app`. Derived from the executable's path, so it
+/// does not depend on the current directory or on symlinks.
 std::filesystem::path bundleFolder();
-/// What the application carries under that path among its resources.
+/// The path of a resource in the bundle, by its path relative to `Contents/Resources`.
 std::filesystem::path bundleResource(const std::filesystem::path& path);
 
 }  // namespace orvelin

@@ -9,12 +9,11 @@
 
 namespace orvelin {
 
-/// A program that runs as a child of this one. The destructor kills it. All children of the program
-/// are of this class.
+/// A child process; the destructor kills it. The program starts all its children with this class.
 class ChildProcess {
  public:
-  /// Starts the program without arguments. It gets `input` and `output` as its standard input and
-  /// output, and stderr, but no other descriptor.
+  /// Starts the program without arguments. It gets `input` as stdin, `output` as stdout, and this
+  /// program's stderr; no other descriptor.
   ChildProcess(const std::filesystem::path& program, const Descriptor& input,
                const Descriptor& output);
   ChildProcess() = default;
@@ -24,12 +23,11 @@ class ChildProcess {
   ChildProcess& operator=(ChildProcess&& other) noexcept;
   ~ChildProcess();
 
-  /// The `errno` that kept the program from being started; 0 if it was.
+  /// 0 if the program was started, else the `errno` of posix_spawn().
   int error() const { return error_; }
-  /// CPU time that all its threads have used so far.
+  /// CPU time used by all its threads.
   double cpuSeconds() const;
-  /// Whether one of its threads is in a system call that can't be interrupted, such as a read from
-  /// a slow disk.
+  /// Whether a thread is in uninterruptible sleep, such as a read from a slow disk.
   bool waitsForDisk() const;
 
  private:

@@ -25,7 +25,7 @@ Date Date::ofInstant(std::int64_t unixSeconds) {
   Date date;
   const std::time_t instant = unixSeconds;
   std::tm local{};
-  // The calendar's years end at ±32767; some file systems count further.
+  // std::chrono's years end at ±32767; some file systems have later times.
   if (!localtime_r(&instant, &local) || std::abs(local.tm_year) > 30000) return date;
   const auto day = year{local.tm_year + 1900} / (local.tm_mon + 1) / local.tm_mday;
   date.totalSeconds_ = secondsTo(day) + local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
@@ -41,7 +41,7 @@ void Date::Year(int newYear) {
   const double wholeDays = std::floor(totalSeconds_ / secondsPerDay);
   const double timeOfDay = totalSeconds_ - wholeDays * secondsPerDay;
   const year_month_day day{origin + days{static_cast<int>(wholeDays)}};
-  // A day number past the month's end counts on into the next month, which carries 29 February.
+  // A day past the end of its month is one of the next month: 29 February becomes 1 March.
   totalSeconds_ = secondsTo(year{newYear} / day.month() / day.day()) + timeOfDay;
 }
 

@@ -4,20 +4,21 @@
 
 namespace orvelin {
 
-/// A calendar reading in local wall-clock time, without time zone. Made without an argument it
-/// reads 1970-01-01 00:00:00.
+/// A date and time of day in local time, without a time zone.
 class Date {
  public:
+  /// 1970-01-01 00:00:00.
   Date();
-  /// The local reading of an instant given in seconds since 1970-01-01 00:00:00 UTC; the default
-  /// reading where the calendar has none for it.
+  /// The local time at an instant in seconds since 1970-01-01 00:00:00 UTC; the default date if the
+  /// instant is out of the calendar's range.
   static Date ofInstant(std::int64_t unixSeconds);
 
   int Year() const;
-  /// Changes the year alone; 29 February becomes 1 March where the new year has none.
+  /// Sets the year and keeps month, day and time. 29 February becomes 1 March if the new year is no
+  /// leap year.
   void Year(int year);
 
-  /// Seconds from 1904-01-01 00:00:00 to the reading, counted on the calendar.
+  /// Calendar seconds since 1904-01-01 00:00:00, without regard to time zone or summer time.
   double TotalSeconds() const { return totalSeconds_; }
   void TotalSeconds(double seconds) { totalSeconds_ = seconds; }
 

@@ -6,9 +6,9 @@
 namespace orvelin {
 
 bool Descent::enter(const FolderItem& folder) {
-  constexpr std::size_t deepest = 4096;
+  constexpr std::size_t maxDepth = 4096;  // deeper than any real path
   const auto identity = folder.identity();
-  if (within_.size() > deepest || std::ranges::find(within_, identity) != within_.end())
+  if (within_.size() > maxDepth || std::ranges::find(within_, identity) != within_.end())
     return false;
   within_.push_back(identity);
   return true;

@@ -6,14 +6,13 @@
 
 namespace orvelin {
 
-/// The folders from the start of a walk down to the current one. Keeps a walk that follows aliases
-/// from going round in circles.
+/// The folders that a walk is in, from its start to the current one. Detects cycles of symlinks.
 class Descent {
  public:
-  /// Adds the folder. False, without adding it, when the walk is in that folder already, or deeper
-  /// than paths can be, which only a chain of aliases is.
+  /// Adds the folder. Returns false, without adding it, if the walk is already in it, or if this is
+  /// an endless chain of symlinks.
   bool enter(const FolderItem& folder);
-  /// Removes the folder added last.
+  /// Removes the last folder.
   void leave();
 
  private:

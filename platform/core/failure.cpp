@@ -16,7 +16,7 @@ std::string Failure::text() const {
   std::string text = action;
   if (!path.empty()) text += " «\u00A0" + path + "\u00A0»";
   text += "\u00A0: " + reason + ".";
-  // A file name may hold line breaks; the sentence stays on its line.
+  // A file name may contain line breaks.
   for (char& c : text)
     if (static_cast<unsigned char>(c) < ' ') c = '?';
   return text;

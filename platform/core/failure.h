@@ -5,27 +5,27 @@
 
 namespace orvelin {
 
-/// What an operation of the platform could not do, in French, for the user and for the log.
+/// An operation that failed, in French, for the user and the log.
 struct Failure {
   std::string action;    ///< "Impossible de créer le fichier"
-  std::string path;      ///< bytes of the file name concerned; empty when there is none
+  std::string path;      ///< the file's path as bytes; empty if no file is concerned
   std::string reason;    ///< "espace insuffisant"
-  std::string advice{};  ///< a sentence on what the user can do about it; empty when there is none
+  std::string advice{};  ///< a sentence on what the user can do; may be empty
 
-  /// A failure with the reason that an `errno` value stands for, in French whatever the locale.
+  /// A failure with the reason and the advice for an `errno` value.
   static Failure ofSystem(const std::string& action, const std::string& path, int error);
-  /// The failure as one sentence on one line, without the advice.
+  /// Action, path and reason as one sentence on one line.
   std::string text() const;
 };
 
-/// Logs to stderr, in one line, a failure that the program passes over. A line is logged once: a
-/// folder that can't be written to fails for every picture with the same words.
+/// Logs an ignored failure to stderr, on one line. Logs equal lines once: in a read-only folder
+/// every picture fails with the same one.
 void report(const Failure& failure);
 void report(const std::string& sentence);
-/// Starts the log of another build, in which every line counts as new.
+/// Forgets the logged lines, at the start of a build.
 void forgetReports();
 
-/// Thrown where nil is used in place of an object; carries what made it nil.
+/// Thrown when nil is used as an object; carries the reason of the nil.
 class NilObjectException : public std::exception {
  public:
   explicit NilObjectException(const Failure& failure)

@@ -14,24 +14,26 @@
 
 namespace orvelin {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-constexpr std::string_view mark = ".orvelin";
+constexpr std::string_view tempSuffix = ".orvelin";
 
-/// Where a new file is written before it is renamed to `path`.
-std::string temporaryPath(const std::string& path) {
-  const auto name = path.rfind('/') + 1;
-  const std::string shortened = path.substr(name, NAME_MAX - 1 - mark.size());
-  return path.substr(0, name) + "." + shortened + std::string(mark);
+/// The temporary file that is renamed to `target`.
+fs::path tempPathFor(const fs::path& target) {
+  const std::string name = target.filename();
+  const std::string shortened = name.substr(0, NAME_MAX - 1 - tempSuffix.size());
+  return target.parent_path() / ("." + shortened).append(tempSuffix);
 }
 
 }  // namespace
 
-File File::openToRead(const std::string& path) {
+File File::openToRead(const fs::path& path) {
   return opened(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
-File File::createInPlace(const std::string& path) {
+File File::createInPlace(const fs::path& path) {
   const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   File file = opened(::open(path.c_str(), flags, 0666));
   struct stat status = {};
@@ -40,21 +42,21 @@ File File::createInPlace(const std::string& path) {
                                                             : std::move(file);
 }
 
-File File::createReplacing(const std::string& path) {
-  const std::string temporary = temporaryPath(path);
-  File file = createNew(temporary);
-  if (!file.isOpen() || std::rename(temporary.c_str(), path.c_str()) == 0) return file;
+File File::createReplacing(const fs::path& path) {
+  const auto tempPath = tempPathFor(path);
+  File file = createNew(tempPath);
+  if (!file.isOpen() || std::rename(tempPath.c_str(), path.c_str()) == 0) return file;
   const int error = errno;
-  ::unlink(temporary.c_str());
+  ::unlink(tempPath.c_str());
   return {-1, error};
 }
 
-File File::createNew(const std::string& path) {
+File File::createNew(const fs::path& path) {
   ::unlink(path.c_str());
   return opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
 }
 
-// The check is made on the opened descriptor: a name can change hands between check and opening.
+// Checks the open descriptor: between a check of the name and open() the file can be replaced.
 File File::opened(int descriptor) {
   if (descriptor < 0) return {-1, errno};
   struct stat status = {};
@@ -70,7 +72,7 @@ File::File(File&& other) noexcept
 
 File::~File() { close(); }
 
-bool File::failed() {
+bool File::setError() {
   error_ = errno;
   return false;
 }
@@ -79,7 +81,7 @@ std::size_t File::readSome(char* bytes, std::size_t count) {
   ssize_t got;
   do got = ::read(descriptor_, bytes, count);
   while (got < 0 && errno == EINTR);
-  if (got < 0) failed();
+  if (got < 0) setError();
   return got > 0 ? static_cast<std::size_t>(got) : 0;
 }
 
@@ -89,15 +91,15 @@ bool File::write(std::string_view bytes) {
     if (written > 0)
       bytes.remove_prefix(static_cast<std::size_t>(written));
     else if (written == 0 || errno != EINTR)
-      return failed();
+      return setError();
   }
   return true;
 }
 
-bool File::writeRestOf(File& source) {
-  // Small enough for a slow memory card not to keep the window waiting.
+bool File::appendRestOf(File& source) {
+  // Small: on a slow memory card the window waits for each step.
   constexpr std::size_t step = std::size_t{1} << 18;
-  // Whatever stops the kernel's copy, the end or a failure, the plain loop then meets as well.
+  // Stops at the end of the file or on an error; the loop below then gets the same result.
   while (::copy_file_range(source.descriptor_, nullptr, descriptor_, nullptr, step, 0) > 0)
     RuntimeBackgroundTask();
   std::vector<char> block(step);
@@ -113,14 +115,14 @@ bool File::writeRestOf(File& source) {
 
 void File::clear() {
   error_ = 0;
-  if (::ftruncate(descriptor_, 0) != 0 || ::lseek(descriptor_, 0, SEEK_SET) != 0) failed();
+  if (::ftruncate(descriptor_, 0) != 0 || ::lseek(descriptor_, 0, SEEK_SET) != 0) setError();
 }
 
-void File::takeTimeOf(const File& source) {
+void File::copyTimeOf(const File& source) {
   struct stat status = {};
   if (::fstat(source.descriptor_, &status) != 0) return;
   const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
-  // Memory cards and shares may refuse this to all but their owner; the copy is whole even so.
+  // Fails on memory cards and shares of another owner; the copy is complete all the same.
   ::futimens(descriptor_, times);
 }
 
@@ -128,26 +130,26 @@ bool File::close() {
   if (descriptor_ < 0) return true;
   const int result = ::close(descriptor_);
   descriptor_ = -1;
-  return result == 0 || failed();
+  return result == 0 || setError();
 }
 
-std::string_view WholeFile::targetOf(std::string_view temporary) {
-  if (!temporary.starts_with('.') || !temporary.substr(1).ends_with(mark)) return {};
-  return temporary.substr(1, temporary.size() - 1 - mark.size());
-}
-
-WholeFile::WholeFile(const std::string& path)
-    : path_(path), temporary_(temporaryPath(path)), file_(File::createNew(temporary_)) {}
-
-bool WholeFile::putInPlace() {
-  if (!file_.close() || file_.error() != 0) return false;
-  inPlace_ = std::rename(temporary_.c_str(), path_.c_str()) == 0;
-  if (!inPlace_) renameError_ = errno;
-  return inPlace_;
-}
+WholeFile::WholeFile(const fs::path& path)
+    : path_(path), tempPath_(tempPathFor(path)), file_(File::createNew(tempPath_)) {}
 
 WholeFile::~WholeFile() {
-  if (!inPlace_) ::unlink(temporary_.c_str());
+  if (!committed_) ::unlink(tempPath_.c_str());
+}
+
+bool WholeFile::commit() {
+  if (!file_.close() || file_.error() != 0) return false;
+  committed_ = std::rename(tempPath_.c_str(), path_.c_str()) == 0;
+  if (!committed_) renameError_ = errno;
+  return committed_;
+}
+
+std::string_view WholeFile::targetOf(std::string_view tempName) {
+  if (!tempName.starts_with('.') || !tempName.substr(1).ends_with(tempSuffix)) return {};
+  return tempName.substr(1, tempName.size() - 1 - tempSuffix.size());
 }
 
 }  // namespace orvelin

@@ -9,66 +9,63 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <filesystem>
 #include <system_error>
 
 #include "platform/core/bundle.h"
 
 namespace orvelin {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-std::optional<struct statx> status(const std::string& path, unsigned wanted, int flags = 0) {
+std::optional<struct statx> status(const fs::path& path, unsigned wanted, int flags = 0) {
   struct statx status = {};
   if (::statx(AT_FDCWD, path.c_str(), flags, wanted, &status) != 0) return {};
   return status;
 }
 
-bool isWritable(const std::filesystem::path& folder) {
+bool isWritable(const fs::path& folder) {
   return ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-/// The error that keeps the missing folder from being created; ENOENT when nothing seems to.
-int whyMissing(const std::filesystem::path& folder) {
-  const auto above = folder.parent_path();
+/// The `errno` value for which the folder could not be created; ENOENT if that is unknown.
+int whyMissing(const fs::path& folder) {
+  const fs::path above = folder.parent_path();
   struct statvfs disk = {};
   if (!isWritable(above) || ::statvfs(above.c_str(), &disk) != 0) return errno;
   return disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0) ? ENOSPC : ENOENT;
 }
 
-// The following name the folder where that is to blame, so that all its files fail with the same
-// words.
+// The next two functions name the folder if it is the cause, so that its files all give the same
+// line, which is logged once.
 
 /// Why a file could not be opened for reading.
-Failure whyNotRead(const std::string& path, int error) {
-  const auto folder = std::filesystem::path(path).parent_path();
+Failure whyNotRead(const fs::path& path, int error) {
+  const fs::path folder = path.parent_path();
   if (::faccessat(AT_FDCWD, folder.c_str(), X_OK, AT_EACCESS) != 0)
-    return Failure::ofSystem("Impossible de parcourir le dossier", folder.string(), errno);
+    return Failure::ofSystem("Impossible de parcourir le dossier", folder, errno);
   return Failure::ofSystem("Impossible de lire", path, error);
 }
 
 /// Why `action` could not create or write a file.
-Failure whyNotWritten(const std::string& action, const std::string& path, int error) {
-  std::error_code none;
-  auto folder = std::filesystem::path(path).parent_path();
+Failure whyNotWritten(const std::string& action, const fs::path& path, int error) {
+  std::error_code ignored;
+  fs::path folder = path.parent_path();
   const bool full = error == ENOSPC || error == EDQUOT;
   const bool refused = error == EACCES || error == EPERM || error == EROFS;
   if (full || (refused && !isWritable(folder)))
-    return Failure::ofSystem("Impossible d’écrire dans le dossier", folder.string(), error);
+    return Failure::ofSystem("Impossible d’écrire dans le dossier", folder, error);
   if (error != ENOENT && error != ENOTDIR) return Failure::ofSystem(action, path, error);
   if (error == ENOENT) error = whyMissing(folder);
-  while (error == ENOTDIR && !std::filesystem::exists(folder, none)) folder = folder.parent_path();
-  return Failure::ofSystem("Impossible de créer le dossier", folder.string(), error);
+  while (error == ENOTDIR && !fs::exists(folder, ignored)) folder = folder.parent_path();
+  return Failure::ofSystem("Impossible de créer le dossier", folder, error);
 }
 
 }  // namespace
 
-std::string FolderItem::Name() const {
-  const auto end = path_.find_last_not_of('/');
-  if (end == std::string::npos) return path_;
-  const auto begin = path_.find_last_of('/', end) + 1;
-  return path_.substr(begin, end + 1 - begin);
-}
+FolderItem::FolderItem(const fs::path& path)
+    : path_(path.has_filename() ? path : path.parent_path()) {}
 
 bool FolderItem::Exists() const { return status(path_, STATX_TYPE).has_value(); }
 
@@ -102,27 +99,21 @@ Date FolderItem::CreationDate() const {
   return Date::ofInstant(found->stx_btime.tv_sec);
 }
 
-std::string FolderItem::childPath(const std::string& name) const {
-  return path_.ends_with('/') ? path_ + name : path_ + "/" + name;
-}
+std::string FolderItem::targetName() const { return std::string(WholeFile::targetOf(Name())); }
 
 Ref<FolderItem> FolderItem::Child(const std::string& name) const {
-  const bool designates = !name.empty() && name != "." && name != ".." &&
-                          name.find('/') == std::string::npos &&
-                          name.find('\0') == std::string::npos;
-  if (!designates)
+  const bool isName = !name.empty() && name != "." && name != ".." &&
+                      name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
+  if (!isName)
     return Failure{"Impossible de désigner « " + name + " » dans", path_,
                    "ce nom ne convient pas à un élément"};
-  std::string path = childPath(name);
-  if (name.size() > NAME_MAX || path.size() >= PATH_MAX)
+  const fs::path path = path_ / name;
+  if (name.size() > NAME_MAX || path.native().size() >= PATH_MAX)
     return Failure::ofSystem("Impossible de désigner l’élément", path, ENAMETOOLONG);
-  return makeRef<FolderItem>(std::move(path));
+  return makeRef<FolderItem>(path);
 }
 
-Ref<FolderItem> FolderItem::Parent() const {
-  const auto end = path_.find_last_of('/', path_.find_last_not_of('/'));
-  return makeRef<FolderItem>(path_.substr(0, std::max<std::size_t>(end, 1)));
-}
+Ref<FolderItem> FolderItem::Parent() const { return makeRef<FolderItem>(path_.parent_path()); }
 
 int FolderItem::Count() {
   if (!listing_ || !listing_->isCurrent()) listing_.emplace(path_);
@@ -135,11 +126,11 @@ Ref<FolderItem> FolderItem::Item(int index) {
   if (index < 1 || static_cast<std::size_t>(index) > names.size())
     return Failure{"Impossible de désigner l’élément n° " + std::to_string(index) + " de", path_,
                    "le dossier n’en a pas autant"};
-  std::string path = childPath(names[static_cast<std::size_t>(index) - 1]);
+  fs::path path = path_ / names[static_cast<std::size_t>(index) - 1];
   std::error_code error;
-  if (std::filesystem::is_symlink(path, error))
-    if (const auto target = std::filesystem::canonical(path, error); !error) path = target.string();
-  return makeRef<FolderItem>(std::move(path));
+  if (fs::is_symlink(path, error))
+    if (const fs::path target = fs::canonical(path, error); !error) path = target;
+  return makeRef<FolderItem>(path);
 }
 
 void FolderItem::CreateAsFolder() const {
@@ -176,7 +167,7 @@ Ref<Picture> FolderItem::OpenAsPicture() const {
 void FolderItem::SaveAsJPEG(const Ref<Picture>& picture) const {
   WholeFile target(path_);
   if (target.file().isOpen() && !picture->encodeAsJPEG(target.file())) return;
-  if (!target.putInPlace())
+  if (!target.commit())
     report(whyNotWritten("Impossible d’enregistrer l’image", path_, target.error()));
 }
 
@@ -184,10 +175,10 @@ void FolderItem::CopyFileTo(const Ref<FolderItem>& target) const {
   File source = File::openToRead(path_);
   if (!source.isOpen()) return report(whyNotRead(path_, source.error()));
   WholeFile copy(target->path_);
-  const bool copied = copy.file().isOpen() && copy.file().writeRestOf(source);
+  const bool copied = copy.file().isOpen() && copy.file().appendRestOf(source);
   if (source.error() != 0) return report(whyNotRead(path_, source.error()));
-  if (copied) copy.file().takeTimeOf(source);
-  if (!copied || !copy.putInPlace())
+  if (copied) copy.file().copyTimeOf(source);
+  if (!copied || !copy.commit())
     report(whyNotWritten("Impossible de copier vers", target->path_, copy.error()));
 }
 
@@ -196,9 +187,8 @@ void FolderItem::Delete() const {
     report(Failure::ofSystem("Impossible de supprimer", path_, errno));
 }
 
-Ref<FolderItem> GetFolderItem(const std::string& path) {
-  const std::filesystem::path base = bundleFolder().parent_path();
-  return makeRef<FolderItem>(path.empty() ? base.string() : (base / path).string());
+Ref<FolderItem> GetFolderItem(const fs::path& path) {
+  return makeRef<FolderItem>(bundleFolder().parent_path() / path);
 }
 
 }  // namespace orvelin

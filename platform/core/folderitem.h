@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -13,67 +14,72 @@
 
 namespace orvelin {
 
-/// A file or folder on disk, which may not exist yet. Names are the file system's own bytes.
+/// A file or folder on disk, which may not exist yet. Names are the file system's bytes, without an
+/// encoding.
 class FolderItem {
  public:
-  explicit FolderItem(std::string path) : path_(std::move(path)) {}
+  explicit FolderItem(const std::filesystem::path& path);
 
-  const std::string& Path() const { return path_; }
+  /// Without a slash at the end.
+  const std::filesystem::path& Path() const { return path_; }
   /// The last component of the path.
-  std::string Name() const;
-  /// Whether there is such an entry; an alias that leads nowhere counts as none.
+  std::string Name() const { return path_.filename(); }
+  /// Whether it exists; false for a dangling symlink.
   bool Exists() const;
-  /// Whether it is a folder now.
+  /// Whether it is a folder, or a symlink to one.
   bool Directory() const;
-  /// Whether it is a regular file now, and no alias to one.
+  /// Whether it is a regular file; false for a symlink.
   bool RegularFile() const;
-  /// Device and inode, the same by whatever path the item is reached; empty when it does not exist.
+  /// Device and inode: equal for two paths to the same file. Empty if it does not exist.
   using Identity = std::optional<std::pair<std::uint64_t, std::uint64_t>>;
   Identity identity() const;
-  /// The times as local readings; 1970-01-01 00:00:00, and a line in the log, for an item that
-  /// can't be read. Where the file system keeps no creation time, this is the modification time.
+  /// The times in local time. If stat fails, logs it and returns 1970-01-01 00:00:00. If the file
+  /// system has no creation time, returns the modification time.
   Date ModificationDate() const;
   Date CreationDate() const;
+  /// If the name is that of a temporary file of CopyFileTo or SaveAsJPEG, the name of the file that
+  /// it would have become; else empty.
+  std::string targetName() const;
 
-  /// The item of that name in this folder, existing or not; nil for a name that can designate none.
+  /// The entry of that name in this folder, which may not exist. Nil if no entry can have the name:
+  /// empty, ".", "..", with a slash or NUL, or too long.
   Ref<FolderItem> Child(const std::string& name) const;
-  /// The folder that holds this item, by its path.
+  /// The folder that contains this item, by its path.
   Ref<FolderItem> Parent() const;
-  /// How many entries the folder has, hidden ones included; 0 when it can't be listed. Lists the
-  /// folder on the first call, later only where it may have changed since.
+  /// The number of entries, hidden ones included; 0 if the folder can't be listed. Lists the folder
+  /// on the first call, and again if it may have changed.
   int Count();
-  /// The entry at an index from 1 of the last listing, nil outside it. An alias gives its target;
-  /// one that leads nowhere gives an item that does not exist.
+  /// The entry at an index from 1 in the last listing; nil if out of range. A symlink gives its
+  /// target; a dangling one gives an item that does not exist.
   Ref<FolderItem> Item(int index);
 
-  /// Creates the folder. Logs a failure, unless the folder exists or its parent is missing: what
-  /// kept the parent from being created has been logged then.
+  /// Creates the folder. Logs a failure, except if the folder exists already, or if the parent is
+  /// missing: the failure to create the parent was logged.
   void CreateAsFolder() const;
-  /// Creates the file, or truncates it, and opens it for writing; nil on failure. A symlink, or a
-  /// file that can't be opened for writing, is replaced by a new file. The name of a file type has
-  /// no effect: Linux keeps no type and creator codes.
+  /// Creates or truncates the file and opens it for writing; nil on failure. Replaces a symlink, or
+  /// a file that can't be opened for writing, with a new file. `fileType` has no effect: Linux has
+  /// no type and creator codes.
   Ref<BinaryStream> CreateBinaryFile(const std::string& fileType) const;
-  /// Opens the file for reading; nil when that can't be done or it is no regular file.
+  /// Opens the file for reading; nil on failure, and if it is not a regular file.
   Ref<BinaryStream> OpenAsBinaryFile() const;
-  /// Opens the file as a picture; nil when it is none. See Picture for what is decoded when.
+  /// Opens the file as a picture; nil if it is none. See Picture for what is decoded when.
   Ref<Picture> OpenAsPicture() const;
-  /// Saves the picture here, whole or not at all, replacing an older file.
+  /// Writes the picture to this file as JPEG, whole or not at all, replacing an older file. Logs a
+  /// failure.
   void SaveAsJPEG(const Ref<Picture>& picture) const;
-  /// Copies this file's bytes and modification time to `target`, whole or not at all, replacing an
-  /// older file; `target` may be this very file.
+  /// Copies content and modification time to `target`, whole or not at all, replacing an older
+  /// file. `target` may be this file. Logs a failure.
   void CopyFileTo(const Ref<FolderItem>& target) const;
-  /// Deletes the file; logs a failure.
+  /// Deletes the file. Logs a failure.
   void Delete() const;
 
  private:
-  std::string childPath(const std::string& name) const;
-
-  std::string path_;
+  std::filesystem::path path_;
   std::optional<Listing> listing_;
 };
 
-/// The item at a path relative to the folder in which the application's bundle lies, or at an
-/// absolute one; that folder itself for an empty path.
-Ref<FolderItem> GetFolderItem(const std::string& path);
+/// The item at an absolute path, or at a path relative to the folder that contains the bundle; that
+/// folder itself if `path` is empty.
+Ref<FolderItem> GetFolderItem(const std::filesystem::path& path);
 
 }  // namespace orvelin

@@ -14,7 +14,8 @@
 
 namespace orvelin {
 
-Listing::Listing(std::string folder) : folder_(std::move(folder)), changed_(changeTime()) {
+Listing::Listing(std::filesystem::path folder)
+    : folder_(std::move(folder)), changed_(changeTime()) {
   const std::unique_ptr<DIR, int (*)(DIR*)> stream(::opendir(folder_.c_str()), ::closedir);
   int error = stream ? 0 : errno;
   while (stream) {
@@ -37,10 +38,10 @@ Listing::Listing(std::string folder) : folder_(std::move(folder)), changed_(chan
 bool Listing::isCurrent() const { return changed_ && changed_ == changeTime(); }
 
 std::optional<Listing::Time> Listing::changeTime() const {
-  constexpr std::int64_t coarsest = 2;  // seconds, the clock of memory cards
+  constexpr std::int64_t maxClockStep = 2;  // seconds, on FAT
   struct statx status = {};
   if (::statx(AT_FDCWD, folder_.c_str(), 0, STATX_CTIME, &status) != 0) return {};
-  if (std::abs(std::time(nullptr) - status.stx_ctime.tv_sec) <= coarsest) return {};
+  if (std::abs(std::time(nullptr) - status.stx_ctime.tv_sec) <= maxClockStep) return {};
   return Time{status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec};
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -8,15 +9,15 @@
 
 namespace orvelin {
 
-/// The names of a folder's entries at one moment, hidden ones included, in ascending byte order.
+/// The names of a folder's entries, hidden ones included, in ascending byte order.
 class Listing {
  public:
-  /// Lists the folder. A failure is logged and leaves the entries read before it.
-  explicit Listing(std::string folder);
+  /// Lists the folder. Logs a failure and keeps the names read before it.
+  explicit Listing(std::filesystem::path folder);
 
   const std::vector<std::string>& names() const { return names_; }
-  /// Whether the folder is sure to have the same entries now, by its change time. False after a
-  /// listing that failed, and where the change is too recent for the next one to show.
+  /// Whether the folder is known to be unchanged, by its ctime. False if listing failed, and if the
+  /// last change is so recent that another one may have the same ctime.
   bool isCurrent() const;
 
  private:
@@ -24,7 +25,7 @@ class Listing {
   using Time = std::pair<std::int64_t, std::uint32_t>;
   std::optional<Time> changeTime() const;
 
-  std::string folder_;
+  std::filesystem::path folder_;
   std::optional<Time> changed_;
   std::vector<std::string> names_;
 };

@@ -7,7 +7,7 @@ namespace orvelin {
 
 namespace {
 
-/// What a verdict other than `Good` means, in French.
+/// The reason for a verdict other than `Good`, in French.
 const char* reasonFor(PictureVerdict verdict) {
   switch (verdict) {
     case PictureVerdict::Suspect:
@@ -32,7 +32,8 @@ const char* reasonFor(PictureVerdict verdict) {
   }
 }
 
-Failure failureFor(const PictureAnswer& answer, const char* action, const std::string& path) {
+Failure failureFor(const PictureAnswer& answer, const char* action,
+                   const std::filesystem::path& path) {
   if (answer.verdict == PictureVerdict::NotRead)
     return Failure::ofSystem("Impossible de lire", path, answer.error);
   return {action, path, reasonFor(answer.verdict)};
@@ -40,7 +41,7 @@ Failure failureFor(const PictureAnswer& answer, const char* action, const std::s
 
 }  // namespace
 
-Ref<Picture> Picture::read(File file, const std::string& path) {
+Ref<Picture> Picture::read(File file, const std::filesystem::path& path) {
   static std::uint32_t lastNumber = 0;
   const std::uint32_t number = ++lastNumber;
   const PictureAnswer answer = askPictureProcess({PictureOperation::Inspect, number}, file);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <filesystem>
 #include <utility>
 
 #include "platform/core/file.h"
@@ -9,31 +9,30 @@
 
 namespace orvelin {
 
-/// A picture file: JPEG, PNG, TIFF, WebP, HEIF, GIF or BMP. Its content is read and decoded by the
-/// picture process alone, by each of the calls below.
+/// An open picture file. Only the picture process reads and decodes it: each method sends a request
+/// to it.
 class Picture {
  public:
-  /// The picture that the open file holds. Nil, with a line in the log but for content of no known
-  /// format, if its header can't be read or shows a camera raw, unknown tones, or a picture that
-  /// takes more memory than a real photograph. `path` is for messages.
-  static Ref<Picture> read(File file, const std::string& path);
+  /// Inspects the header of an open file. Nil if the format is unknown; also nil, and logged, if
+  /// the header can't be read, or if the picture is a camera raw, has unknown colours, or needs
+  /// more memory than a real photograph. `path` is used for log messages only.
+  static Ref<Picture> read(File file, const std::filesystem::path& path);
 
-  /// For `read`.
-  Picture(File file, std::string path, std::uint32_t number)
+  /// Use `read`.
+  Picture(File file, std::filesystem::path path, std::uint32_t number)
       : file_(std::move(file)), path_(std::move(path)), number_(number) {}
 
-  /// Whether all of the picture can be decoded, damaged parts as far as they go; logs why not.
-  /// Decodes no further than the answer needs.
+  /// Whether the picture decodes; logs why not. Decodes no more than is needed to know.
   bool decodes() const;
 
-  /// Encodes what a viewer shows, its first frame upright in 8-bit sRGB, transparent parts on
-  /// white, as a JPEG with a JFIF segment and nothing else but the pixels, at the start of `jpeg`,
-  /// an empty file. Logs why the picture can't be encoded; an error of `jpeg` stays there.
+  /// Appends the picture as a JFIF file to `jpeg`, an empty file: as a viewer shows it, the first
+  /// frame upright in 8-bit sRGB, transparent parts on white. Returns false, and logs why, if the
+  /// picture can't be decoded or encoded. If writing fails, returns true with `jpeg.error()` set.
   bool encodeAsJPEG(File& jpeg) const;
 
  private:
   File file_;
-  std::string path_;
+  std::filesystem::path path_;
   std::uint32_t number_;  // identifies the picture in requests
 };
 

@@ -9,7 +9,7 @@ namespace orvelin {
 
 namespace {
 
-/// A request and the descriptor that travels with it, for sendmsg() and recvmsg().
+/// A request with a descriptor, for sendmsg() and recvmsg().
 class Packet {
  public:
   explicit Packet(PictureRequest content) : request(content) {

@@ -7,23 +7,23 @@
 
 namespace orvelin {
 
-/// Bound for what decoding a picture takes, the file included, and for the JPEG made of it. A TIFF
-/// file of a hundred megapixels with 16 bits and transparency, to be turned, fits.
+/// Limit for the memory that decoding a picture needs, its file included, and for the resulting
+/// JPEG. A TIFF of 100 megapixels with 16 bits and transparency that must be rotated fits.
 inline constexpr std::uint64_t maxPictureBytes = std::uint64_t{2} << 30;
 
-/// The standard input of the picture process: a SOCK_SEQPACKET socket for one request and one
-/// answer at a time. Its standard output is a pipe, for the bytes of JPEG files.
+/// Stdin of the picture process: a SOCK_SEQPACKET socket for one request and one answer at a time.
+/// Its stdout is a pipe for JPEG data.
 inline constexpr int pictureSocket = 0;
 
 enum class PictureOperation : std::uint32_t {
-  Inspect,  ///< judges the file by its header
-  Decode,   ///< the same, then decodes no more than it takes to know that the picture decodes
-  Encode,   ///< the same, then writes the picture to the pipe as JPEG
+  Inspect,  ///< checks the header
+  Decode,   ///< inspects, then decodes as much as is needed to know that the picture decodes
+  Encode,   ///< inspects, then writes the picture to the pipe as JPEG
 };
 
 enum class PictureVerdict : std::uint32_t {
   Good,
-  Suspect,  ///< done, but the decoder warned of damage
+  Suspect,  ///< encoded, but the decoder warned of damage
   NoPicture,
   NotRead,  ///< a system call failed; `error` says why
   Unreadable,
@@ -31,31 +31,32 @@ enum class PictureVerdict : std::uint32_t {
   TooManyScans,
   UnknownColours,
   CameraRaw,
-  // The picture process sends those above; Orvelin itself finds the ones below.
+  // The picture process sends the verdicts above; its client sets those below.
   Crashed,
   Stalled,
   OverTime,
 };
 
-/// What Orvelin sends, with one descriptor: the picture's file, open for reading.
+/// Sent to the picture process together with a descriptor: the picture's file, open for reading.
 struct PictureRequest {
   PictureOperation operation;
-  /// Identifies the picture: one that was inspected last need not be opened again.
+  /// Identifies the picture: after an inspection, a request with the same number uses its result.
   std::uint32_t picture;
 };
 
-/// What the picture process sends: `Good` once when it is ready, then one for each request.
+/// Sent by the picture process: `Good` when it is ready, then one answer per request.
 struct PictureAnswer {
   PictureVerdict verdict = PictureVerdict::Good;
-  std::int32_t error = 0;       ///< an `errno` value
-  std::uint64_t jpegBytes = 0;  ///< how many bytes were written to the pipe
+  std::int32_t error = 0;       ///< an `errno` value, for `NotRead`
+  std::uint64_t jpegBytes = 0;  ///< number of bytes written to the pipe
 
+  /// Whether the operation succeeded.
   bool done() const {
     return verdict == PictureVerdict::Good || verdict == PictureVerdict::Suspect;
   }
 };
 
-/// Sends without waiting. False if the other side is gone.
+/// Sends a message. Returns false if the peer has closed its end.
 bool sendRequest(int socket, PictureRequest request, int file);
 bool sendAnswer(int socket, const PictureAnswer& answer);
 
@@ -63,11 +64,11 @@ struct ReceivedRequest {
   PictureRequest request;
   Descriptor file;
 };
-/// Waits for the next request; nothing if the other side is gone or sent anything else.
+/// Waits for the next request. Empty if the peer has closed its end or sent something else.
 std::optional<ReceivedRequest> receiveRequest(int socket);
 
-/// Returns without waiting: nothing if no answer has come yet; `Crashed` if the other side is gone
-/// or sent what can't be an answer.
+/// Receives an answer, without waiting. Empty if there is none yet; `Crashed` if the peer has
+/// closed its end or sent something invalid.
 std::optional<PictureAnswer> receiveAnswer(int socket);
 
 }  // namespace orvelin

@@ -24,7 +24,7 @@ namespace {
 
 constexpr int pollMilliseconds = 10;
 constexpr double maxCpuSeconds = 300;    // for all requests of one picture
-constexpr double idleCpuSeconds = 0.01;  // less than this is no progress
+constexpr double idleCpuSeconds = 0.01;  // less CPU time than this is no progress
 constexpr std::time_t maxIdleSeconds = 60;
 constexpr int pipeCapacity = 1 << 20;
 constexpr PictureAnswer crashed{PictureVerdict::Crashed};
@@ -42,10 +42,11 @@ class PictureProcess {
   /// Starts the process and waits until it is confined.
   PictureProcess() : whyNotReady_(start()) {}
 
-  /// Why the process could not be started, in French; empty if it could.
+  /// Why the process could not be started, in French; empty if it was started.
   const std::string& whyNotReady() const { return whyNotReady_; }
 
-  /// Makes one request. After a verdict that the process did not send it is of no further use.
+  /// Sends one request and waits for the answer. After `Crashed`, `Stalled` or `OverTime` the
+  /// process can't be used any more.
   PictureAnswer answerTo(PictureRequest request, const File& picture, File* jpeg) {
     if (std::exchange(picture_, request.picture) != request.picture)
       cpuAtStart_ = child_.cpuSeconds();
@@ -57,7 +58,7 @@ class PictureProcess {
  private:
   std::string start();
   PictureAnswer awaitAnswer(File* jpeg);
-  std::optional<PictureVerdict> passedLimit();
+  std::optional<PictureVerdict> exceededLimit();
 
   ChildProcess child_;
   Descriptor socket_, pipe_;
@@ -81,7 +82,7 @@ std::string PictureProcess::start() {
   ::fcntl(pipe_.get(), F_SETPIPE_SZ, pipeCapacity);
   child_ = ChildProcess(program(), itsSocket, itsPipe);
   if (child_.error() != 0) return reason(child_.error());
-  // The end of the process shows only if it holds the last copies.
+  // Close our copies of its ends: otherwise we don't see EOF when it dies.
   itsSocket = Descriptor();
   itsPipe = Descriptor();
   return awaitAnswer(nullptr).done() ? "" : "il s’est arrêté aussitôt";
@@ -95,7 +96,7 @@ PictureAnswer PictureProcess::awaitAnswer(File* jpeg) {
     pollfd ends[] = {{socket_.get(), POLLIN, 0}, {pipe_.get(), POLLIN, 0}};
     ::poll(ends, 2, answer ? 0 : pollMilliseconds);
     RuntimeBackgroundTask();
-    // The answer follows the bytes: once it is here, all of them are in the pipe.
+    // The process sends the answer last: when it has arrived, all of the JPEG is in the pipe.
     if (!answer) answer = receiveAnswer(socket_.get());
     const ssize_t got = ::read(pipe_.get(), chunk_.data(), chunk_.size());
     if (got > 0) {
@@ -108,12 +109,12 @@ PictureAnswer PictureProcess::awaitAnswer(File* jpeg) {
       const bool empty = jpeg != nullptr && answer->done() && received == 0;
       return answer->jpegBytes == received && !empty ? *answer : crashed;
     }
-    if (const auto limit = passedLimit()) return {*limit};
+    if (const auto limit = exceededLimit()) return {*limit};
   }
 }
 
-/// Which limit of time the process has passed; nothing while it is within both.
-std::optional<PictureVerdict> PictureProcess::passedLimit() {
+/// The verdict for a time limit that the process has exceeded; empty if it has exceeded none.
+std::optional<PictureVerdict> PictureProcess::exceededLimit() {
   const double cpu = child_.cpuSeconds();
   if (cpu - cpuAtStart_ > maxCpuSeconds) return PictureVerdict::OverTime;
   const std::time_t now = secondsNow();
@@ -136,7 +137,7 @@ PictureAnswer askPictureProcess(PictureRequest request, const File& picture, Fil
   PictureAnswer answer;
   for (int tries = 0; tries < 2; ++tries) {
     if (jpeg && tries > 0) jpeg->clear();
-    // A process that has not answered is destroyed.
+    // A process that fails to answer is destroyed here.
     auto process = std::exchange(idleProcess, nullptr);
     if (!process) process = std::make_unique<PictureProcess>();
     answer = process->answerTo(request, picture, jpeg);

@@ -5,18 +5,16 @@
 
 namespace orvelin {
 
-/// Makes a request of the picture process, the program `orvelin-pictures` of the bundle, and waits
-/// for the answer. Starts the process if there is none; it is confined, and serves all pictures
-/// until `endPictureProcess`. The kernel kills it when this program ends.
+/// Sends a request to the picture process, the bundle's program `orvelin-pictures`, and waits for
+/// the answer, running the background task. Starts the process if it isn't running; it is confined
+/// and handles all requests until `endPictureProcess`. The kernel kills it when this program ends.
 ///
-/// Appends the bytes of a JPEG to `jpeg`, which keeps its error if they can't be written. After a
-/// crash or a stall, empties `jpeg` and makes the request once more, in a new process. Throws
-/// NilObjectException if the process can't be started, unless it could be before.
-///
-/// Runs the background task while it waits.
+/// For Encode, appends the JPEG to `jpeg`; a write error is kept in `jpeg->error()`. If the process
+/// crashes or stalls, truncates `jpeg` and sends the request once more, to a new process. Throws
+/// NilObjectException if the process can't be started, unless it was started before.
 PictureAnswer askPictureProcess(PictureRequest request, const File& picture, File* jpeg = nullptr);
 
-/// Ends the process, if there is one, and with it what it holds in memory.
+/// Kills the picture process if it is running, which frees its memory.
 void endPictureProcess();
 
 }  // namespace orvelin

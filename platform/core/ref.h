@@ -7,14 +7,19 @@
 
 namespace orvelin {
 
-/// A counted reference that may be nil. Copying shares the object, assigning releases the one held
-/// before; using nil throws NilObjectException with the reason that nil was made with.
+/// A counted reference to an object, or nil with a reason. Copies share the object.
+///
+///     const Ref<FolderItem> child = folder->Child(name);
+///     if (!child) return report(child.why());        // test for nil and log the reason
+///     child->CreateAsFolder();                       // or use it: nil throws NilObjectException
+///     return Failure{"Impossible de …", path, why};  // a function that returns a Ref returns nil
+///     return openWindow(name).as<Window1>();         // nil too if it is another kind of window
 template <class T>
 class Ref {
  public:
   Ref() = default;
   Ref(std::nullptr_t) {}
-  /// Nil, and why.
+  /// Nil, for that reason.
   Ref(Failure why) : why_(std::make_shared<const Failure>(std::move(why))) {}
   explicit Ref(std::shared_ptr<T> object) : object_(std::move(object)) {}
   template <class U>
@@ -23,18 +28,23 @@ class Ref {
   explicit operator bool() const { return object_ != nullptr; }
   T* operator->() const { return &**this; }
   T& operator*() const {
-    if (!object_) throw NilObjectException(why_ ? *why_ : Failure{"Élément absent", "", "nil"});
+    if (!object_) throw NilObjectException(why());
     return *object_;
   }
   bool operator==(const Ref& other) const { return object_ == other.object_; }
 
-  /// Why this is nil; null where no reason was given or this is not nil.
-  const Failure* why() const { return why_.get(); }
+  /// Why this is nil: the reason that it was made with, or a general one.
+  const Failure& why() const {
+    static const Failure unknown{"Élément absent", "", "nil"};
+    return why_ ? *why_ : unknown;
+  }
 
-  /// The same object as a U, nil when it is none.
+  /// The same object as a U. Nil if it is not a U; a nil keeps its reason.
   template <class U>
   Ref<U> as() const {
-    return Ref<U>(std::dynamic_pointer_cast<U>(object_));
+    Ref<U> other(std::dynamic_pointer_cast<U>(object_));
+    other.why_ = why_;
+    return other;
   }
 
  private:

@@ -9,7 +9,7 @@ std::string ResourceFork::GetResource(const std::string& type, int id) const {
   const FolderItem file(bundleResource(type) / std::to_string(id));
   const Ref<BinaryStream> stream = file.OpenAsBinaryFile();
   if (stream) return stream->Read(stream->Length());
-  report(*stream.why());
+  report(stream.why());
   return "";
 }
 

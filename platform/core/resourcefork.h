@@ -6,11 +6,11 @@
 
 namespace orvelin {
 
-/// The application's resources: bytes by a four-character type and a number, kept in the bundle as
-/// `Contents/Resources/TYPE/NUMBER`.
+/// The application's resources: bytes by a four-character type and a number, stored in the bundle
+/// as `Contents/Resources/TYPE/NUMBER`.
 class ResourceFork {
  public:
-  /// The resource's bytes, empty where there is no such resource.
+  /// The resource's bytes; empty, and logged, if there is no such resource.
   std::string GetResource(const std::string& type, int id) const;
 };
 

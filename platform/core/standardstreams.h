@@ -2,9 +2,8 @@
 
 namespace orvelin {
 
-/// Opens those of the descriptors 0 to 2 that are closed, on /dev/null, so that no other file gets
-/// their numbers, and makes a write to a pipe without a reader fail instead of ending the process.
-/// The first call of every program.
+/// Opens /dev/null as stdin, stdout and stderr where they are closed, so that no other file gets
+/// their numbers, and ignores SIGPIPE. Every program calls it first.
 void secureStandardStreams();
 
 }  // namespace orvelin

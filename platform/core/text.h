@@ -6,19 +6,19 @@
 
 namespace orvelin {
 
-/// The one-character text of a code from 0 to 255, as one byte.
+/// The byte with that code, 0 to 255.
 std::string Chr(int code);
-/// A whole-valued number in plain decimal digits.
+/// An integer value in decimal.
 std::string Str(double number);
-/// `number` in decimal, zero-padded to at least as many digits as `zeros` has; never cut.
+/// `number` in decimal, zero-padded to at least the length of `zeros`; never cut.
 std::string Format(std::int64_t number, std::string_view zeros);
-/// Upper-case hexadecimal without leading zeros, a minus sign before a negative value.
+/// `number` in upper-case hexadecimal, without leading zeros, with a minus sign if negative.
 std::string Hex(std::int64_t number);
-/// ASCII letters in lower case; all other bytes as they are.
+/// Converts ASCII letters to lower case; keeps all other bytes.
 std::string Lowercase(std::string text);
-/// The greatest whole number not above `number`.
+/// The largest integer not greater than `number`.
 double Floor(double number);
-/// The program's one equality of texts: byte by byte, ASCII letter case aside.
+/// Compares texts byte by byte, ignoring ASCII case. The program compares all texts with it.
 bool equalTexts(std::string_view a, std::string_view b);
 
 }  // namespace orvelin

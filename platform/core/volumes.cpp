@@ -6,19 +6,20 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <string_view>
 
 namespace orvelin {
 
-std::vector<std::string> removableVolumes(const char* table) {
-  std::vector<std::string> volumes;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> mounts(::setmntent(table, "re"),
-                                                               ::endmntent);
+std::vector<std::filesystem::path> removableVolumes(const std::filesystem::path& mountTable) {
+  std::vector<std::filesystem::path> volumes;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> mounts(
+      ::setmntent(mountTable.c_str(), "re"), ::endmntent);
   mntent mount{};
   std::array<char, 8192> line;
   while (mounts && ::getmntent_r(mounts.get(), &mount, line.data(), int(line.size()))) {
-    const std::string folder = mount.mnt_dir;
+    const std::string_view folder = mount.mnt_dir;
     if (folder.starts_with("/media/") || folder.starts_with("/run/media/"))
-      volumes.push_back(folder);
+      volumes.emplace_back(folder);
   }
   std::ranges::sort(volumes);
   return volumes;

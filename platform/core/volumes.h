@@ -1,12 +1,13 @@
 #pragma once
 
-#include <string>
+#include <filesystem>
 #include <vector>
 
 namespace orvelin {
 
-/// The mount points of cards, sticks and disks that the desktop has mounted: those in /media and
-/// /run/media, sorted. `table` lists all mounts; nothing else is read.
-std::vector<std::string> removableVolumes(const char* table = "/proc/self/mounts");
+/// The mount points of cards, sticks and external disks: those in /media and /run/media, where
+/// desktops mount them; sorted. Reads the mount table only.
+std::vector<std::filesystem::path> removableVolumes(
+    const std::filesystem::path& mountTable = "/proc/self/mounts");
 
 }  // namespace orvelin

@@ -1,4 +1,4 @@
-#include "builder/resourcelookup.h"
+#include "builder/buildstate.h"
 
 #include "platform/core/background.h"
 #include "platform/core/text.h"
@@ -7,7 +7,7 @@ namespace orvelin {
 
 namespace {
 
-/// Whether the folder is the application's bundle: its PkgInfo holds these 8 bytes and no more.
+/// Whether the folder is the application's bundle: its PkgInfo contains exactly these 8 bytes.
 bool isBundle(const FolderItem& folder) {
   const Ref<FolderItem> info = folder.Child("PkgInfo");
   if (!info) return false;
@@ -19,7 +19,7 @@ Ref<FolderItem> findResourceFolder() {
   const Ref<FolderItem> base = GetFolderItem("");
   for (int i = 1; i <= base->Count(); ++i) {
     const Ref<FolderItem> entry = base->Item(i);
-    // The signature lies at the top of the bundle, the resources further down.
+    // PkgInfo is at the top of the bundle, the resources are further down.
     if (entry->Directory() && isBundle(*entry)) return entry->Child("Contents")->Child("Resources");
     RuntimeBackgroundTask();
   }
@@ -28,7 +28,7 @@ Ref<FolderItem> findResourceFolder() {
 
 }  // namespace
 
-Ref<FolderItem> GetResource(Ref<FolderItem>& appFolder, const std::string& name) {
+Ref<FolderItem> BuildState::GetResource(const std::string& name) {
   if (!appFolder) appFolder = findResourceFolder();
   if (appFolder) return appFolder->Child(name);
   report({"Impossible de trouver la ressource", name, "l’application est incomplète"});
