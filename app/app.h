@@ -5,10 +5,10 @@
 
 namespace orvelin {
 
-/// The application object's class; its menu bar is all that it has of its own.
+/// The class of the application object.
 class App : public Application {
  public:
-  /// The application object; nil before start-up has registered it.
+  /// The application object; nil before it is registered.
   static Ref<App> Instance() { return Registered().as<App>(); }
 };
 

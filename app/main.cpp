@@ -3,6 +3,7 @@
 #include "app/window1.h"
 #include "builder/filetypes.h"
 #include "platform/ui/runtime.h"
+#include "platform/ui/useraction.h"
 
 using namespace orvelin;
 
@@ -28,7 +29,7 @@ void finish() {
 
 int main() {
   Runtime runtime;
-  handlingFailures([&] { mainSequence(runtime); });
+  handleFailures([&] { mainSequence(runtime); });
   finish();
   return runtime.stop();
 }

@@ -4,14 +4,14 @@
 
 namespace orvelin {
 
-/// The application's one menu bar: the menu "Fichier" with the quit and about items.
+/// The application's menu bar: the menu "Fichier" with the quit and about items.
 class MenuBar1 : public MenuBar {
  public:
   MenuBar1();
 
-  /// The single menu bar, made on the first call.
+  /// The single menu bar, created on the first call.
   static Ref<MenuBar1> Instance();
-  /// Releases the single menu bar; a later call of Instance would make a new one.
+  /// Releases the single menu bar; the next call of Instance creates a new one.
   static void release();
 
  private:

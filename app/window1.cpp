@@ -1,6 +1,6 @@
 #include "app/window1.h"
 
-#include "app/menubar1.h"
+#include "app/app.h"
 #include "builder/driver.h"
 #include "platform/core/text.h"
 #include "platform/ui/dialogs.h"
@@ -20,7 +20,7 @@ Ref<Window1> Window1::Instance() {
 }
 
 void Window1::Layout() {
-  MenuBar(MenuBar1::Instance());
+  MenuBar(App::Instance()->MenuBar());
   Title("Orvelin");
   Size(355, 150);
   SizeLimits(64, 32000);
@@ -89,7 +89,7 @@ Ref<QuitMenuItem> Window1::FileQuit() const {
 Ref<MenuItem> Window1::UntitledMenu0() const { return MenuBar()->find("UntitledMenu0"); }
 
 void Window1::AddMenuHandlers() {
-  addMenuHandler("AppleApropos", [this] { return _AppleApropos_Action(); });
+  addMenuHandler("AppleApropos", [this] { _AppleApropos_Action(); });
 }
 
 void Window1::Event_EnableMenuItems() { AppleApropos()->Enabled(true); }

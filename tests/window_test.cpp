@@ -4,12 +4,12 @@
 #include <QtWidgets>
 #include <utility>
 
+#include "app/app.h"
 #include "app/menubar1.h"
 #include "app/window1.h"
 #include "builder/driver.h"
 #include "platform/ui/dialogs.h"
 #include "platform/ui/runtime.h"
-#include "platform/ui/useraction.h"
 #include "support.h"
 
 namespace orvelin::test {
@@ -18,6 +18,9 @@ namespace orvelin::test {
 class WindowTest : public FileTest {
  protected:
   WindowTest() {
+    const auto app = makeRef<App>();
+    app->MenuBar(MenuBar1::Instance());
+    Application::Register(app);
     Window1::Instance();
     for (QWidget* widget : QApplication::topLevelWidgets())
       if (auto* main = qobject_cast<QMainWindow*>(widget)) frame = main;
@@ -30,6 +33,7 @@ class WindowTest : public FileTest {
   static void release() {
     Window::releaseWindows();
     MenuBar1::release();
+    Application::Register(nullptr);
   }
 
   template <class Widget>
@@ -184,7 +188,7 @@ TEST_F(WindowTest, BuildsTheSameUnderAStormOfInputAndQuitsOnlyAfterTheMessage) {
     QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(frame->focusWidget(), focus);
     QTest::qSleep(25);
-    letDesktopIn();
+    runtime.processPendingEvents();
     // Return, still in the queue when the message comes, must not dismiss it.
     QTimer::singleShot(0, frame, [&] {
       QWidget* const dialog = QApplication::activeModalWidget();

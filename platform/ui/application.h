@@ -5,7 +5,7 @@
 
 namespace orvelin {
 
-/// The application object. A program has one, registered for as long as the program runs.
+/// The application object. A program has one and registers it while it runs.
 class Application {
  public:
   Application() = default;
@@ -17,7 +17,7 @@ class Application {
   void MenuBar(const Ref<orvelin::MenuBar>& menuBar) { menuBar_ = menuBar; }
 
   static void Register(const Ref<Application>& application);
-  /// The registered object; nil before.
+  /// The registered object; nil if there is none.
   static Ref<Application> Registered();
 
  private:

@@ -8,21 +8,21 @@ class QWidget;
 
 namespace orvelin {
 
-/// How a control looks when it is made. Sizes and positions are in points, 72 to the inch of a
-/// standard screen, from the top left of the window's content.
+/// The initial state of a control. Sizes and positions are in points, 72 per inch of a standard
+/// screen, from the top left of the window's content.
 struct Appearance {
   int left;
   int top;
   int width;
   int height;
   std::string text;  ///< UTF-8
-  std::string font;  ///< "System" for the desktop's own
+  std::string font;  ///< "System" is the desktop's font
   int size;
   bool bold;
   bool enabled;
 };
 
-/// A control in a window's content, which must outlive it.
+/// A control in a window's content; the window must outlive it.
 class RectControl {
  public:
   RectControl(const RectControl&) = delete;
@@ -31,7 +31,7 @@ class RectControl {
 
   bool Enabled() const;
   void Enabled(bool enabled);
-  /// Describes the control, in a tool tip and to screen readers. UTF-8; shown as it is.
+  /// Sets the description in the tool tip and for screen readers, as plain text in UTF-8.
   void describe(const std::string& text);
 
  protected:
@@ -48,11 +48,11 @@ class StaticText : public RectControl {
  public:
   StaticText(QWidget& content, const std::string& name, const Appearance& appearance);
 
-  /// Makes this text the other control's label for screen readers.
+  /// Makes this the label of another control, for screen readers.
   void labels(const RectControl& control);
 };
 
-/// A button that Space, Return and Enter press while it has the focus; never a window's default.
+/// A button. Space, Return and Enter press it if it has the focus; it is never the default button.
 class PushButton : public RectControl {
  public:
   PushButton(QWidget& content, const std::string& name, const Appearance& appearance,

@@ -9,35 +9,36 @@
 #include <QMessageBox>
 #include <QUrl>
 #include <algorithm>
+#include <filesystem>
 
 #include "platform/core/volumes.h"
-#include "platform/ui/useraction.h"
+#include "platform/ui/runtime.h"
 
 namespace orvelin {
 
 namespace {
 
-/// The window that dialogs belong to, also while the user is at work in another program.
+/// The parent of dialogs. The active window would be null while the user works in another program.
 QWidget* mainWindow() {
   for (QWidget* widget : QApplication::topLevelWidgets())
     if (widget->isVisible() && qobject_cast<QMainWindow*>(widget)) return widget;
   return nullptr;
 }
 
-/// The path of a file URL, byte for byte: the toolkit's own decoding loses names that are no UTF-8.
-/// Empty for a URL of another kind or machine.
-std::string pathOf(const QUrl& url) {
+/// The path of a file URL. Exact to the byte: the toolkit's own decoding loses names that are not
+/// valid UTF-8. Empty for another kind of URL, or another machine.
+std::filesystem::path pathOf(const QUrl& url) {
   if (!url.isLocalFile() || !url.host().isEmpty()) return {};
   return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }
 
-/// Adds the removable volumes to the side bar, and makes it as wide as their names. A desktop's own
-/// dialog has none of ours and shows the volumes by itself.
+/// Adds the removable volumes to the side bar and makes it wide enough for their names. The dialogs
+/// of desktops have another side bar, which shows the volumes.
 void addRemovableVolumes(QFileDialog& dialog) {
   auto* sidebar = dialog.findChild<QListView*>("sidebar");
   if (!sidebar) return;
   QList<QUrl> places = dialog.sidebarUrls();
-  for (const std::string& volume : removableVolumes())
+  for (const auto& volume : removableVolumes())
     places << QUrl::fromLocalFile(QFile::decodeName(volume.c_str()));
   dialog.setSidebarUrls(places);
   const int wanted = sidebar->sizeHintForColumn(0) + 2 * sidebar->frameWidth();
@@ -47,9 +48,9 @@ void addRemovableVolumes(QFileDialog& dialog) {
 }  // namespace
 
 Ref<FolderItem> SelectFolder() {
-  const DialogOpening opening;
-  // Every choice starts at home, or the second would start among the photographs. The desktop's own
-  // dialog would have no title.
+  const Runtime::DialogScope scope;
+  // Without a folder, the second dialog would start in the photo folder. Without a title, the
+  // dialogs of some desktops have none.
   QFileDialog dialog(mainWindow(), "Choisir un dossier", QDir::homePath());
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
@@ -60,7 +61,7 @@ Ref<FolderItem> SelectFolder() {
     const QUrl url = dialog.selectedUrls().constFirst();
     auto folder = makeRef<FolderItem>(pathOf(url));
     if (folder->Directory()) return folder;
-    // Some desktops return another path than the one chosen. In the words of the toolkit's dialog:
+    // Some desktops return a path that doesn't exist. Use the text of the toolkit's own dialog.
     const QString notFound = QFileDialog::tr(
         "%1\nDirectory not found.\nPlease verify the correct directory name was given.");
     QMessageBox::warning(mainWindow(), dialog.windowTitle(), notFound.arg(url.fileName()));
@@ -69,7 +70,7 @@ Ref<FolderItem> SelectFolder() {
 }
 
 void MsgBox(const std::string& text) {
-  const DialogOpening opening;
+  const Runtime::DialogScope scope;
   QMessageBox box(mainWindow());
   box.setTextFormat(Qt::PlainText);
   box.setText(QString::fromStdString(text).replace('\r', '\n'));

@@ -7,11 +7,12 @@
 
 namespace orvelin {
 
-/// Lets the user choose an existing folder in the desktop's own dialog; nil when the user cancels.
+/// Opens a folder dialog, the desktop's own if it has one. Returns an existing folder, or nil if
+/// the user cancels.
 Ref<FolderItem> SelectFolder();
 
-/// Shows `text`, UTF-8 and never taken for markup, in a modal box with one button and waits until
-/// the user closes it. Carriage returns begin new lines.
+/// Shows a plain text, in UTF-8, in a modal box with one button and waits until the user closes it.
+/// Lines end with carriage returns.
 void MsgBox(const std::string& text);
 
 }  // namespace orvelin

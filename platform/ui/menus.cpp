@@ -11,12 +11,13 @@ namespace orvelin {
 
 namespace {
 
-Ref<MenuItem> findIn(const std::vector<Ref<MenuItem>>& items, const std::string& name) {
+/// Calls `visit` for each item and all items below it.
+template <class Visit>
+void forEach(const std::vector<Ref<MenuItem>>& items, const Visit& visit) {
   for (const auto& item : items) {
-    if (item->Name() == name) return item;
-    if (auto found = item->find(name)) return found;
+    visit(item);
+    forEach(item->items(), visit);
   }
-  return nullptr;
 }
 
 }  // namespace
@@ -28,7 +29,7 @@ MenuItem::~MenuItem() = default;
 void MenuItem::Text(const std::string& text) { action_->setText(QString::fromStdString(text)); }
 
 void MenuItem::KeyboardShortcut(const std::string& shortcut) {
-  // The toolkit calls the key for commands Ctrl on every platform.
+  // The toolkit's name for the command key is Ctrl on every platform.
   action_->setShortcut(QKeySequence(QString::fromStdString(shortcut).replace("Cmd", "Ctrl")));
 }
 
@@ -43,24 +44,6 @@ void MenuItem::Append(const Ref<MenuItem>& item) {
   }
   menu_->addAction(&item->action());
   items_.push_back(item);
-}
-
-Ref<MenuItem> MenuItem::find(const std::string& name) const { return findIn(items_, name); }
-
-void MenuItem::autoEnable() {
-  if (autoEnable_) Enabled(true);
-  for (const auto& item : items_) item->autoEnable();
-}
-
-void MenuItem::onChosen(const std::function<void(const std::string&)>& chosen) {
-  if (!menu_)
-    QObject::connect(action_.get(), &QAction::triggered, [this, chosen] { chosen(name_); });
-  for (const auto& item : items_) item->onChosen(chosen);
-}
-
-void MenuItem::onShowing(const std::function<void()>& showing) {
-  if (menu_) QObject::connect(menu_.get(), &QMenu::aboutToShow, showing);
-  for (const auto& item : items_) item->onShowing(showing);
 }
 
 QuitMenuItem::QuitMenuItem() {
@@ -85,18 +68,32 @@ Ref<MenuItem> MenuBar::Child(const std::string& name) const {
   return nullptr;
 }
 
-Ref<MenuItem> MenuBar::find(const std::string& name) const { return findIn(items_, name); }
+Ref<MenuItem> MenuBar::find(const std::string& name) const {
+  Ref<MenuItem> found;
+  forEach(items_, [&](const Ref<MenuItem>& item) {
+    if (item->Name() == name) found = item;
+  });
+  return found;
+}
 
 void MenuBar::autoEnable() {
-  for (const auto& item : items_) item->autoEnable();
+  forEach(items_, [](const Ref<MenuItem>& item) {
+    if (item->AutoEnable()) item->Enabled(true);
+  });
 }
 
-void MenuBar::onChosen(const std::function<void(const std::string&)>& chosen) {
-  for (const auto& item : items_) item->onChosen(chosen);
+void MenuBar::onChosen(const std::function<void(const std::string&)>& handler) {
+  forEach(items_, [&](const Ref<MenuItem>& item) {
+    if (item->menu()) return;
+    const auto call = [handler, name = item->Name()] { handler(name); };
+    QObject::connect(&item->action(), &QAction::triggered, call);
+  });
 }
 
-void MenuBar::onShowing(const std::function<void()>& showing) {
-  for (const auto& item : items_) item->onShowing(showing);
+void MenuBar::onShowing(const std::function<void()>& handler) {
+  forEach(items_, [&](const Ref<MenuItem>& item) {
+    if (item->menu()) QObject::connect(item->menu(), &QMenu::aboutToShow, handler);
+  });
 }
 
 }  // namespace orvelin

@@ -13,7 +13,7 @@ class QMenuBar;
 
 namespace orvelin {
 
-/// An item of a menu, or a menu once items are appended to it. Texts are UTF-8.
+/// An item of a menu; a menu itself once items are appended to it. Texts are UTF-8.
 class MenuItem {
  public:
   MenuItem();
@@ -23,38 +23,36 @@ class MenuItem {
 
   const std::string& Name() const { return name_; }
   void Name(const std::string& name) { name_ = name; }
-  /// An auto-enabled item is usable whenever the menus are brought up to date.
+  /// Whether the item is enabled whenever the menus are updated.
+  bool AutoEnable() const { return autoEnable_; }
   void AutoEnable(bool autoEnable) { autoEnable_ = autoEnable; }
   void Text(const std::string& text);
-  /// "Cmd+Q", or empty for none; Cmd stands for the platform's own key for commands.
+  /// Such as "Cmd+Q", or empty. Cmd is the command key of the platform.
   void KeyboardShortcut(const std::string& shortcut);
   bool Enabled() const;
   void Enabled(bool enabled);
   void Append(const Ref<MenuItem>& item);
 
-  /// The item of that name here or further down; nil if there is none.
-  Ref<MenuItem> find(const std::string& name) const;
-  void autoEnable();
-  /// What choosing the item, or showing its menu, calls; handed on to all items below.
-  void onChosen(const std::function<void(const std::string& name)>& chosen);
-  void onShowing(const std::function<void()>& showing);
+  const std::vector<Ref<MenuItem>>& items() const { return items_; }
   QAction& action() const { return *action_; }
+  /// Null if there are no items.
+  QMenu* menu() const { return menu_.get(); }
 
  private:
   std::string name_;
   bool autoEnable_ = false;
   std::vector<Ref<MenuItem>> items_;
   std::unique_ptr<QAction> action_;
-  std::unique_ptr<QMenu> menu_;  // once there are items
+  std::unique_ptr<QMenu> menu_;
 };
 
-/// An item that quits the program by itself.
+/// An item that quits the program.
 class QuitMenuItem : public MenuItem {
  public:
   QuitMenuItem();
 };
 
-/// An item that belongs in the application's own menu, where the platform has one.
+/// An item that is shown in the application menu if the platform has one.
 class AppleMenuItem : public MenuItem {
  public:
   AppleMenuItem();
@@ -68,14 +66,17 @@ class MenuBar {
   virtual ~MenuBar();
 
   void Append(const Ref<MenuItem>& item);
-  /// The bar's own item of that name; nil if there is none.
+  /// The item of that name in the bar itself; nil if there is none.
   Ref<MenuItem> Child(const std::string& name) const;
-  /// The item of that name anywhere in the bar; nil if there is none.
+  /// The item of that name in the bar or its menus; nil if there is none.
   Ref<MenuItem> find(const std::string& name) const;
 
+  /// Enables the items that are auto-enabled.
   void autoEnable();
-  void onChosen(const std::function<void(const std::string& name)>& chosen);
-  void onShowing(const std::function<void()>& showing);
+  /// Calls `handler` with the name of an item that the user chooses.
+  void onChosen(const std::function<void(const std::string& name)>& handler);
+  /// Calls `handler` before a menu is shown.
+  void onShowing(const std::function<void()>& handler);
   QMenuBar& widget() const { return *widget_; }
 
  private:

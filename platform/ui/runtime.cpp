@@ -1,49 +1,83 @@
 #include "platform/ui/runtime.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QFile>
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QSettings>
 #include <QTranslator>
+#include <algorithm>
 #include <cstdlib>
-#include <exception>
-#include <memory>
-#include <new>
 
 #include "platform/core/background.h"
 #include "platform/core/bundle.h"
 #include "platform/core/failure.h"
+#include "platform/core/pictureprocess.h"
 #include "platform/core/standardstreams.h"
-#include "platform/ui/dialogs.h"
-#include "platform/ui/useraction.h"
 
 namespace orvelin {
 
 namespace {
 
-/// The toolkit's own French. It files the names of the folder dialog's icons under the dialog.
+Runtime* currentRuntime = nullptr;
+
+/// The toolkit's French translation.
 class French : public QTranslator {
  public:
   QString translate(const char* context, const char* text, const char* comment,
                     int count) const override {
+    // The texts of the file icons are translated in the context of the file dialog.
     if (QLatin1String(context) == QLatin1String("QAbstractFileIconProvider"))
       context = "QFileDialog";
     return QTranslator::translate(context, text, comment, count);
   }
 };
 
-/// Takes the toolkit's messages while it starts; the last one before it would abort is fatal.
-void endWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
+/// Message handler during start-up, when a fatal message means that there is no display.
+void exitWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
   if (type != QtFatalMsg) return;
   report(Failure{"Impossible d’ouvrir la fenêtre", "", "aucun écran n’est accessible"});
   std::_Exit(1);
 }
 
-struct Toolkit {
-  Toolkit() : application(argc, argv) {
-    qInstallMessageHandler(usualHandler);
+void showBusy(bool busy) {
+  if (busy)
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  else
+    QGuiApplication::restoreOverrideCursor();
+}
+
+/// Discards all input so far, including what the window system has not delivered yet.
+void discardPendingInput() {
+  QGuiApplication::sync();
+  QCoreApplication::processEvents();
+}
+
+}  // namespace
+
+/// Discards input while an action runs, except for its dialogs.
+class Runtime::InputFilter : public QObject {
+ public:
+  explicit InputFilter(const Runtime& runtime) : runtime_(runtime) {}
+
+ protected:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (!runtime_.acting_ || runtime_.dialogs_ > 0) return false;
+    // Enter must match Leave, which is no input event: otherwise a button below the pointer would
+    // not be highlighted after the action.
+    if (event->type() == QEvent::Enter) return false;
+    return event->isInputEvent() || event->type() == QEvent::Shortcut;
+  }
+
+ private:
+  const Runtime& runtime_;
+};
+
+struct Runtime::Toolkit {
+  explicit Toolkit(const Runtime& runtime) : application(argc, argv), filter(runtime) {
+    qInstallMessageHandler(defaultHandler);
     QCoreApplication::setApplicationName("Orvelin");
     QGuiApplication::setApplicationDisplayName("Orvelin");
     QGuiApplication::setDesktopFileName("orvelin");
@@ -51,74 +85,89 @@ struct Toolkit {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     if (translator.load("qtbase_fr", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
       QCoreApplication::installTranslator(&translator);
-    application.installEventFilter(&actionGate());
-    installBackgroundTask(&letDesktopIn);
+    application.installEventFilter(&filter);
   }
-  Toolkit(const Toolkit&) = delete;
-  Toolkit& operator=(const Toolkit&) = delete;
-  ~Toolkit() { installBackgroundTask(nullptr); }
 
-  // Not those of the program: the toolkit would obey options on its command line.
+  // Not the arguments of main(): the toolkit would accept options in them.
   int argc = 1;
   char name[8] = "orvelin";
   char* argv[2] = {name, nullptr};
-  const QtMessageHandler usualHandler = qInstallMessageHandler(endWithoutDisplay);
+  const QtMessageHandler defaultHandler = qInstallMessageHandler(exitWithoutDisplay);
   French translator;
   QApplication application;
-  bool quitting = false;
-  int status = 0;
+  InputFilter filter;
 };
-
-std::unique_ptr<Toolkit> toolkit;
-
-void endAfter(const std::string& failure, const std::string& advice = "") {
-  report(failure);
-  toolkit->status = 1;
-  std::string text = "Orvelin n’a pas pu continuer et va se fermer.\r\r" + failure;
-  if (!advice.empty()) text += "\r\r" + advice;
-  MsgBox(text +
-         "\r\rCe qui est déjà écrit reste en place. Orvelin ne touche à rien hors du dossier "
-         "«\u00A0DIGIFILM\u00A0».");
-  Quit();
-}
-
-}  // namespace
 
 Runtime::Runtime() {
   secureStandardStreams();
-  // The toolkit's folder dialog would keep the folders visited, and begin there the next time.
+  // Otherwise the toolkit's folder dialog would save the visited folders and start there next time.
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
   QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
-  toolkit = std::make_unique<Toolkit>();
+  toolkit_ = std::make_unique<Toolkit>(*this);
+  currentRuntime = this;
+  installBackgroundTask([] { currentRuntime->processPendingEvents(); });
 }
 
-Runtime::~Runtime() { toolkit.reset(); }
+Runtime::~Runtime() { stop(); }
+
+Runtime& Runtime::current() {
+  if (!currentRuntime) std::abort();
+  return *currentRuntime;
+}
 
 void Runtime::runEventLoop() {
-  if (!toolkit->quitting) QApplication::exec();
+  if (!quitting_) QApplication::exec();
+}
+
+void Runtime::perform(const std::function<void()>& action) {
+  if (acting_) return;
+  acting_ = true;
+  showBusy(true);
+  action();
+  endPictureProcess();
+  discardPendingInput();
+  showBusy(false);
+  acting_ = false;
+  if (quitting_) QCoreApplication::exit();
+}
+
+void Runtime::quit(int status) {
+  status_ = std::max(status_, status);
+  quitting_ = true;
+  if (!acting_) QCoreApplication::exit();
 }
 
 int Runtime::stop() {
-  const int status = toolkit->status;
-  toolkit.reset();
-  return status;
+  installBackgroundTask(nullptr);
+  currentRuntime = nullptr;
+  toolkit_.reset();
+  return status_;
 }
 
-void Quit() {
-  afterAction([] {
-    toolkit->quitting = true;
-    QCoreApplication::exit();
-  });
+void Runtime::processPendingEvents() {
+  // The coarse clock costs nanoseconds, processing events microseconds.
+  constexpr long interval = 8'000'000;
+  std::timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  if (now.tv_sec == lastEvents_.tv_sec && now.tv_nsec - lastEvents_.tv_nsec < interval) return;
+  lastEvents_ = now;
+  if (acting_) QCoreApplication::processEvents();
 }
 
-void handlingFailures(const std::function<void()>& step) try {
-  step();
-} catch (const NilObjectException& failure) {
-  endAfter(failure.what(), failure.advice());
-} catch (const std::bad_alloc&) {
-  endAfter("Mémoire insuffisante.");
-} catch (const std::exception& failure) {
-  endAfter(failure.what());
+Runtime::DialogScope::DialogScope() : runtime_(current()) {
+  endPictureProcess();
+  if (runtime_.acting_) {
+    discardPendingInput();
+    showBusy(false);
+  }
+  ++runtime_.dialogs_;
 }
+
+Runtime::DialogScope::~DialogScope() {
+  --runtime_.dialogs_;
+  if (runtime_.acting_) showBusy(true);
+}
+
+void Quit() { Runtime::current().quit(); }
 
 }  // namespace orvelin

@@ -1,97 +1,41 @@
 #include "platform/ui/useraction.h"
 
-#include <QApplication>
-#include <QEvent>
-#include <ctime>
-#include <utility>
+#include <exception>
+#include <new>
+#include <string>
 
-#include "platform/core/pictureprocess.h"
+#include "platform/core/failure.h"
+#include "platform/ui/dialogs.h"
 #include "platform/ui/runtime.h"
 
 namespace orvelin {
 
 namespace {
 
-class ActionGate : public QObject {
- public:
-  bool busy = false;
-  int dialogs = 0;
-  std::function<void()> afterwards;
-
- protected:
-  bool eventFilter(QObject*, QEvent* event) override {
-    if (!busy || dialogs > 0) return false;
-    // Enter does nothing but pair with Leave, which is no input event: a button without it would
-    // not light up under the pointer afterwards.
-    if (event->type() == QEvent::Enter) return false;
-    return event->isInputEvent() || event->type() == QEvent::Shortcut;
-  }
-};
-
-ActionGate& gate() {
-  static ActionGate gate;
-  return gate;
-}
-
-void showBusy(bool busy) {
-  if (busy)
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-  else
-    QGuiApplication::restoreOverrideCursor();
-}
-
-/// Fetches from the window system, and discards, all input up to now.
-void dropInput() {
-  QGuiApplication::sync();
-  QCoreApplication::processEvents();
+void quitAfter(const std::string& failure, const std::string& advice = "") {
+  report(failure);
+  std::string text = "Orvelin n’a pas pu continuer et va se fermer.\r\r" + failure;
+  if (!advice.empty()) text += "\r\r" + advice;
+  MsgBox(text +
+         "\r\rCe qui est déjà écrit reste en place. Orvelin ne touche à rien hors du dossier "
+         "«\u00A0DIGIFILM\u00A0».");
+  Runtime::current().quit(1);
 }
 
 }  // namespace
 
-QObject& actionGate() { return gate(); }
-
 void performAction(const std::function<void()>& action) {
-  if (gate().busy) return;
-  gate().busy = true;
-  showBusy(true);
-  handlingFailures(action);
-  endPictureProcess();
-  dropInput();
-  showBusy(false);
-  gate().busy = false;
-  if (const auto step = std::exchange(gate().afterwards, nullptr)) step();
+  Runtime::current().perform([&] { handleFailures(action); });
 }
 
-void afterAction(const std::function<void()>& step) {
-  if (gate().busy)
-    gate().afterwards = step;
-  else
-    step();
-}
-
-DialogOpening::DialogOpening() {
-  endPictureProcess();
-  if (gate().busy) {
-    dropInput();
-    showBusy(false);
-  }
-  ++gate().dialogs;
-}
-
-DialogOpening::~DialogOpening() {
-  --gate().dialogs;
-  if (gate().busy) showBusy(true);
-}
-
-void letDesktopIn() {
-  // The coarse clock costs a few nanoseconds, a look at the window system microseconds.
-  constexpr long interval = 8'000'000;
-  static timespec last{};
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  if (now.tv_sec == last.tv_sec && now.tv_nsec - last.tv_nsec < interval) return;
-  last = now;
-  if (gate().busy) QCoreApplication::processEvents();
+void handleFailures(const std::function<void()>& step) try {
+  step();
+} catch (const NilObjectException& failure) {
+  quitAfter(failure.what(), failure.advice());
+} catch (const std::bad_alloc&) {
+  quitAfter("Mémoire insuffisante.");
+} catch (const std::exception& failure) {
+  quitAfter(failure.what());
 }
 
 }  // namespace orvelin

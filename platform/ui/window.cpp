@@ -14,11 +14,11 @@ namespace orvelin {
 
 namespace {
 
-/// The area below the menu bar, whose size decides the window's.
+/// The area below the menu bar; its size hint determines the window's size.
 class Content : public QWidget {
  public:
-  QSize sizeHint() const override { return wanted; }
-  QSize wanted;
+  QSize sizeHint() const override { return preferred; }
+  QSize preferred;
 };
 
 std::vector<std::pair<std::string, Ref<Window>>> windows;
@@ -35,7 +35,7 @@ class Window::Frame : public QMainWindow {
   }
   Frame(const Frame&) = delete;
   Frame& operator=(const Frame&) = delete;
-  // Both are owned elsewhere than the toolkit thinks.
+  // QMainWindow must not delete these; others own them.
   ~Frame() override {
     takeCentralWidget()->setParent(nullptr);
     if (window_.menuBar_) window_.menuBar_->widget().setParent(nullptr);
@@ -88,7 +88,7 @@ void Window::MenuBar(const Ref<orvelin::MenuBar>& menuBar) {
   menuBar->onShowing([this] { enableMenuItems(); });
   menuBar->onChosen([this](const std::string& name) {
     if (const auto handler = menuHandlers_.find(name); handler != menuHandlers_.end())
-      performAction([&] { handler->second(); });
+      performAction(handler->second);
   });
 }
 
@@ -101,11 +101,11 @@ void Window::Title(const std::string& title) {
   frame_->setWindowTitle(QString::fromStdString(title));
 }
 
-void Window::Size(int width, int height) { frame_->content.wanted = QSize(width, height); }
+void Window::Size(int width, int height) { frame_->content.preferred = QSize(width, height); }
 
-void Window::SizeLimits(int least, int most) {
-  frame_->content.setMinimumSize(least, least);
-  frame_->content.setMaximumSize(most, most);
+void Window::SizeLimits(int min, int max) {
+  frame_->content.setMinimumSize(min, min);
+  frame_->content.setMaximumSize(max, max);
 }
 
 QWidget& Window::content() const { return frame_->content; }
@@ -114,7 +114,7 @@ void Window::add(const std::string& name, const Ref<RectControl>& control) {
   controls_[name] = control;
 }
 
-void Window::addMenuHandler(const std::string& name, std::function<bool()> handler) {
+void Window::addMenuHandler(const std::string& name, std::function<void()> handler) {
   menuHandlers_[name] = std::move(handler);
 }
 

@@ -13,18 +13,19 @@ class QWidget;
 
 namespace orvelin {
 
-/// A document window of fixed size with a close box. What a program's own window adds, it adds in
-/// the virtual operations, which `open` and the events call.
+/// A document window of fixed size with a close box. Programs derive from it and override the
+/// virtual functions, which `open` and events call.
 class Window {
  public:
   Window(const Window&) = delete;
   Window& operator=(const Window&) = delete;
   virtual ~Window();
 
-  /// The open window of that class, nil if there is none.
+  /// The open window of that class; nil if there is none.
   static Ref<Window> openWindow(const std::string& className);
-  /// Builds the window, shows it and keeps it, under its class, until `releaseWindows`.
+  /// Lays out and shows the window, and registers it under its class name.
   static void open(const std::string& className, const Ref<Window>& window);
+  /// Releases all open windows.
   static void releaseWindows();
 
   Ref<orvelin::MenuBar> MenuBar() const { return menuBar_; }
@@ -37,21 +38,21 @@ class Window {
   virtual void Layout() = 0;
   virtual void CreateControls() = 0;
   virtual void AddMenuHandlers() = 0;
-  /// The user, or the desktop, asks the window to close.
+  /// Called when the user or the desktop closes the window.
   virtual void Event_Close() = 0;
-  /// The menus are being brought up to date: before one is shown or a shortcut is tried.
+  /// Called before a menu is shown and before a shortcut is tried.
   virtual void Event_EnableMenuItems() = 0;
 
   void MenuBar(const Ref<orvelin::MenuBar>& menuBar);
   void Title(const std::string& title);
-  /// The size of the content, without menu bar and frame, and its limits.
+  /// The size of the content, without menu bar and frame.
   void Size(int width, int height);
-  void SizeLimits(int least, int most);
+  /// Limits of the content's width and height.
+  void SizeLimits(int min, int max);
   QWidget& content() const;
   void add(const std::string& name, const Ref<RectControl>& control);
-  /// What choosing the menu item of that name calls; it answers whether others are to be passed
-  /// over.
-  void addMenuHandler(const std::string& name, std::function<bool()> handler);
+  /// Sets the handler of the menu item of that name.
+  void addMenuHandler(const std::string& name, std::function<void()> handler);
 
  private:
   class Frame;
@@ -59,7 +60,7 @@ class Window {
 
   Ref<orvelin::MenuBar> menuBar_;
   std::unique_ptr<Frame> frame_;
-  std::map<std::string, std::function<bool()>> menuHandlers_;
+  std::map<std::string, std::function<void()>> menuHandlers_;
   std::map<std::string, Ref<RectControl>> controls_;
 };
 
