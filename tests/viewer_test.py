@@ -21,7 +21,7 @@ class Viewer(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         shutil.rmtree(folder, ignore_errors=True)
-        samples = sorted((Path(__file__).parents[1] / 'samples').glob('IMG_*'))
+        samples = sorted((Path(__file__).parents[1] / 'samples/photos').glob('IMG_*'))
         for count in (0, 1, 50, 51, 160):
             tree = folder / str(count)
             (tree / 'photos').mkdir(parents=True)
