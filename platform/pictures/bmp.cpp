@@ -20,15 +20,15 @@ using vips::VImage;
 
 namespace {
 
-/// The file for Qt.
+/// Adapts a PictureFile to Qt.
 class Device : public QIODevice {
  public:
   explicit Device(PictureFile& file) : file_(file) {
-    open(ReadOnly | Unbuffered);  // asks for no more than the reader does
+    open(ReadOnly | Unbuffered);  // reads no more than the reader asks for
   }
   qint64 size() const override { return static_cast<qint64>(file_.size()); }
   bool seek(qint64 to) override { return to <= size() && QIODevice::seek(to); }
-  /// Whether more was read than there is.
+  /// Whether a read went past the end of the file.
   bool isCut() const { return cut_; }
 
  protected:
@@ -51,7 +51,7 @@ PictureVerdict verdictOnBMP(PictureFile& bmp) {
   Device device(bmp);
   const QSize size = QImageReader(&device, "bmp").size();
   if (size.isEmpty()) return PictureVerdict::Unreadable;
-  // Qt's image, ours, and what the allocator holds between the two.
+  // Four bytes per pixel each: Qt's image, ours, and free memory that the allocator keeps.
   const auto memory = std::uint64_t{12} * static_cast<std::uint64_t>(size.width()) *
                       static_cast<std::uint64_t>(size.height());
   return bmp.size() + memory > maxPictureBytes ? PictureVerdict::TooLarge : PictureVerdict::Good;
@@ -62,17 +62,17 @@ VImage decodeBMP(PictureFile& bmp) {
   Device device(bmp);
   QImageReader reader(&device, "bmp");
   QImage image(reader.size(), reader.imageFormat());
-  image.fill(0);  // the reader leaves what is missing as it was
+  image.fill(0);  // the reader leaves missing lines untouched
   if (!reader.read(&image)) throw vips::VError(reader.errorString().toStdString());
   if (device.isCut()) warnOfDamage("the BMP file is cut");
   const auto width = static_cast<std::size_t>(image.width());
   std::vector<std::uint32_t> pixels(width * static_cast<std::size_t>(image.height()));
   for (int y = 0; y < image.height(); ++y) {
-    // Converting the whole image would start threads, with calls that the process may not make.
+    // Qt would convert the whole image in threads, with system calls that are forbidden here.
     const QImage line = image.copy(0, y, image.width(), 1).convertToFormat(QImage::Format_RGBA8888);
     std::memcpy(&pixels[width * static_cast<std::size_t>(y)], line.constBits(), 4 * width);
   }
-  // Programs that don't use the fourth byte leave it zero, whatever their header says of it.
+  // If all pixels are transparent, the program that wrote the file did not use the fourth byte.
   const auto opacity = [](std::uint32_t pixel) { return pixel >> 24; };
   if (std::ranges::none_of(pixels, opacity))
     for (std::uint32_t& pixel : pixels) pixel |= 0xFF000000;

@@ -5,11 +5,11 @@
 
 namespace orvelin {
 
-/// Whether a BMP file can be taken, by its header.
+/// Checks the header of a BMP file.
 PictureVerdict verdictOnBMP(PictureFile& bmp);
 
-/// Decodes a BMP file. The part that is missing from a cut one is black or transparent; it counts
-/// as a warning of libvips.
+/// Decodes a BMP file. If the file is truncated, warns like a decoder of libvips; the missing part
+/// is black or transparent.
 vips::VImage decodeBMP(PictureFile& bmp);
 
 }  // namespace orvelin

@@ -20,14 +20,14 @@ bool isGrey(const VImage& image) {
 
 VImage onWhite(const VImage& image) {
   if (!image.has_alpha()) return image;
-  const double most = image.format() == VIPS_FORMAT_FLOAT    ? 1
-                      : image.format() == VIPS_FORMAT_USHORT ? 65535
-                                                             : 255;
-  const double white = isCMYK(image) ? 0 : most;  // no ink
-  return image.flatten(VImage::option()->set("background", white)->set("max_alpha", most));
+  const double max = image.format() == VIPS_FORMAT_FLOAT    ? 1
+                     : image.format() == VIPS_FORMAT_USHORT ? 65535
+                                                            : 255;
+  const double white = isCMYK(image) ? 0 : max;  // no ink
+  return image.flatten(VImage::option()->set("background", white)->set("max_alpha", max));
 }
 
-/// Whether colours don't depend on a device, so that no profile applies to them.
+/// Whether the colour space is independent of devices, so that no profile applies.
 bool isAbsolute(const VImage& image) {
   switch (image.interpretation()) {
     case VIPS_INTERPRETATION_LAB:
@@ -46,11 +46,11 @@ VImage withoutProfile(const VImage& image) {
   return bare;
 }
 
-/// Converts what only TIFF files hold to 8-bit or 16-bit numbers. Floating point is linear from 0
-/// to 1 with the primaries of sRGB, whatever the profile says.
-VImage withUsualNumbers(const VImage& image) {
+/// Converts formats that occur only in TIFF to 8-bit or 16-bit integers. Floating point is linear
+/// from 0 to 1 with sRGB primaries, even if there is a profile.
+VImage toIntegers(const VImage& image) {
   if (isAbsolute(image)) {
-    // The direct way from 8-bit Lab gives stripes.
+    // Direct conversion from 8-bit Lab causes banding.
     const VImage lab = image.colourspace(VIPS_INTERPRETATION_LAB);
     return withoutProfile(lab.colourspace(VIPS_INTERPRETATION_sRGB));
   }
@@ -84,10 +84,10 @@ VImage fromRGBA(std::vector<std::uint32_t> pixels, int width, int height) {
   return image.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
 }
 
-bool hasKnownTones(const VImage& image) {
+bool hasKnownColours(const VImage& image) {
   if (image.interpretation() == VIPS_INTERPRETATION_MULTIBAND) return false;
   if (image.coding() == VIPS_CODING_LABQ) return true;
-  // libvips gets the transparency of some Lab files wrong.
+  // libvips misreads the transparency of some Lab files.
   if (isAbsolute(image) && image.bands() > 3) return false;
   switch (image.format()) {
     case VIPS_FORMAT_UCHAR:
@@ -104,15 +104,15 @@ bool hasKnownTones(const VImage& image) {
   }
 }
 
-VImage forScreen(const VImage& image) {
-  const VImage opaque = onWhite(withUsualNumbers(image));
+VImage toScreen(const VImage& image) {
+  const VImage opaque = onWhite(toIntegers(image));
   if (opaque.get_typeof(VIPS_META_ICC_NAME) != 0) try {
       const VImage shared = opaque.copy();
-      shared.remove(VIPS_META_CONCURRENCY);  // colours are work for several
+      shared.remove(VIPS_META_CONCURRENCY);  // convert colours with all workers
       return shared.icc_transform(
           "srgb", VImage::option()->set("embedded", true)->set("intent", VIPS_INTENT_PERCEPTUAL));
     } catch (const vips::VError&) {
-      vips_error_clear();  // a profile that does not fit its picture is no profile
+      vips_error_clear();  // ignore a profile that doesn't fit the picture
     }
   return opaque.colourspace(isGrey(opaque) ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB);
 }

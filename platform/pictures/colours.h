@@ -9,15 +9,14 @@ class VImage;
 
 namespace orvelin {
 
-/// A picture of pixels in memory, each with its red, green, blue and opacity in sRGB, in this order
-/// of bytes.
+/// Makes a picture of sRGB pixels: bytes of red, green, blue and opacity, in this order.
 vips::VImage fromRGBA(std::vector<std::uint32_t> pixels, int width, int height);
 
-/// Whether `forScreen` knows which tones the numbers of a decoded picture stand for.
-bool hasKnownTones(const vips::VImage& image);
+/// Whether `toScreen` can convert a picture with these pixels.
+bool hasKnownColours(const vips::VImage& image);
 
-/// The picture in 8-bit sRGB, or grey where it is grey and has no profile; transparent parts on
-/// white. `image` must have known tones.
-vips::VImage forScreen(const vips::VImage& image);
+/// Converts to 8-bit sRGB, or 8-bit grey if the picture is grey without a profile, with transparent
+/// parts on white. `image` must have known colours.
+vips::VImage toScreen(const vips::VImage& image);
 
 }  // namespace orvelin

@@ -21,15 +21,15 @@ namespace orvelin {
 
 namespace {
 
-// The sanitizers reserve more memory than the limit, and look for leaks by tracing the process.
+// The sanitizers reserve more memory than the limit, and ptrace the process to find leaks.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool sanitized = true;
 #else
 constexpr bool sanitized = false;
 #endif
 
-void limit(int resource, rlim_t most) {
-  const rlimit limits{most, most};
+void limit(int resource, rlim_t max) {
+  const rlimit limits{max, max};
   ::setrlimit(static_cast<__rlimit_resource>(resource), &limits);
 }
 
@@ -39,13 +39,12 @@ void limitResources() {
   limit(RLIMIT_NOFILE, maxFiles);
   limit(RLIMIT_FSIZE, 0);
   limit(RLIMIT_CORE, 0);
-  std::ofstream("/proc/self/oom_score_adj") << 1000;  // the first to go when memory runs out
+  std::ofstream("/proc/self/oom_score_adj") << 1000;  // the OOM killer's first choice
 }
 
-/// Forbids all that Landlock knows of, whatever the path, port or process. Its rights are bits, the
-/// more of them the newer it is.
+/// Forbids everything that Landlock can forbid. Each version has more rights, which are bits.
 bool forbidFiles() {
-  // As of version 6; older headers lack the later members.
+  // struct landlock_ruleset_attr of version 6; older headers lack the last two members.
   struct {
     std::uint64_t files, network, scope;
   } ruleset{};
@@ -63,7 +62,7 @@ bool forbidFiles() {
   return holds;
 }
 
-// What the libraries, their threads and the exchange of messages need.
+// What the libraries, their threads and the messages need.
 constexpr int allowedCalls[] = {
     SCMP_SYS(brk),
     SCMP_SYS(clock_gettime),
@@ -95,8 +94,8 @@ constexpr int allowedCalls[] = {
     SCMP_SYS(write),
 };
 
-/// Makes every other call fail. It doesn't kill: an update of a library that tries something new,
-/// and does without, must not end in no pictures at all.
+/// Makes all other system calls fail with EPERM. Doesn't kill the process: a new version of a
+/// library may try a call that it can do without.
 bool forbidCalls() {
   const std::unique_ptr<void, decltype(&seccomp_release)> filter(
       seccomp_init(SCMP_ACT_ERRNO(EPERM)), seccomp_release);
@@ -105,18 +104,18 @@ bool forbidCalls() {
     return seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, sizeof...(conditions),
                             conditions...) == 0;
   };
-  seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1);  // all threads, had a library one
+  seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1);  // in case a library started a thread
   bool holds = std::ranges::all_of(allowedCalls, [&](int call) { return allow(call); });
   const auto bits = [](unsigned argument, scmp_datum_t mask, scmp_datum_t value) {
     return scmp_arg_cmp{argument, SCMP_CMP_MASKED_EQ, mask, value};
   };
-  // Memory is for data, and of the kind that RLIMIT_DATA counts.
+  // No executable memory, and only memory that RLIMIT_DATA counts.
   holds &= allow(SCMP_SYS(mmap), bits(2, PROT_EXEC, 0), bits(3, MAP_SHARED, 0));
   holds &= allow(SCMP_SYS(mprotect), bits(2, PROT_EXEC, 0));
-  // Threads, but no processes. The flags of clone3 can't be seen; without it clone is called.
+  // Threads but no processes. A filter can't see the flags of clone3; glibc falls back to clone.
   holds &= allow(SCMP_SYS(clone), bits(0, CLONE_THREAD, CLONE_THREAD));
   holds &= seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0;
-  // To abort.
+  // For abort().
   holds &=
       allow(SCMP_SYS(tgkill), bits(0, ~scmp_datum_t{0}, static_cast<scmp_datum_t>(::getpid())));
   return holds && seccomp_load(filter.get()) == 0;
@@ -125,7 +124,7 @@ bool forbidCalls() {
 }  // namespace
 
 Confinement confine() {
-  if (!sanitized) {  // their reports go to stderr
+  if (!sanitized) {  // the sanitizers report to stderr
     ::close(STDERR_FILENO);
     ::open("/dev/null", O_RDONLY);
   }

@@ -2,15 +2,15 @@
 
 namespace orvelin {
 
-/// Which of the kernel's means hold. A kernel or a container may lack either; the limits on
-/// resources always hold.
+/// Which mechanisms are in effect; a kernel or a container may lack either. Resource limits always
+/// are.
 struct Confinement {
   bool files = false;  ///< Landlock: no path can be opened, created or changed
-  bool calls = false;  ///< seccomp: no system calls but those that decoding needs
+  bool calls = false;  ///< seccomp: only the system calls that decoding needs
 };
 
-/// Leaves this process nothing but to compute and to use its open descriptors, irrevocably. To be
-/// called once every library has been loaded and started, and before any thread is.
+/// Irrevocably gives up all rights of this process except to compute and to use its open
+/// descriptors. Call it after all libraries are loaded and initialized, before any thread starts.
 Confinement confine();
 
 }  // namespace orvelin

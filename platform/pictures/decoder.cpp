@@ -15,25 +15,24 @@ using vips::VImage;
 
 namespace {
 
-// What the encoder and the format of the file allow.
-constexpr int maxJpegSide = 65500;
+constexpr int maxJpegSide = 65500;  // in libjpeg
 
-bool isTurned(const VImage& image) { return vips_image_get_orientation(image.get_image()) > 1; }
+bool isRotated(const VImage& image) { return vips_image_get_orientation(image.get_image()) > 1; }
 
 VImage upright(const VImage& image) {
-  return isTurned(image) ? image.copy_memory().autorot() : image;
+  return isRotated(image) ? image.copy_memory().autorot() : image;
 }
 
-/// Bytes that decoding takes at most: for the file, counted whether it is held or not, for what its
-/// decoder holds, and for the 8-bit pixels of a picture that is to be turned.
+/// Maximum memory in bytes that decoding needs: for the file (even if it isn't read whole), in its
+/// decoder, and for the 8-bit pixels of a picture that must be rotated.
 std::uint64_t memoryFor(const VImage& image, std::uint64_t fileSize, int copies) {
   const auto product = [](auto... sizes) { return (static_cast<std::uint64_t>(sizes) * ...); };
   const std::uint64_t pixels = product(image.width(), image.height());
   const std::uint64_t held = product(pixels, image.bands(), vips_format_sizeof(image.format()));
-  return fileSize + product(held, copies) + (isTurned(image) ? 3 * pixels : 0);
+  return fileSize + product(held, copies) + (isRotated(image) ? 3 * pixels : 0);
 }
 
-/// Hands encoded bytes on to `write`, with the JFIF segment that libvips leaves out.
+/// Passes encoded bytes to `write` and inserts the JFIF segment, which libvips omits.
 class JpegTarget {
  public:
   explicit JpegTarget(const WriteJpeg& write)
@@ -59,7 +58,7 @@ class JpegTarget {
   bool begun_ = false;
 };
 
-/// What `step` returns; `Unreadable` if it fails.
+/// Returns the result of `step`; `Unreadable` if it throws.
 template <class Step>
 PictureVerdict verdictOf(Step step) try {
   return step();
@@ -75,7 +74,7 @@ Decoder::Decoder(Descriptor file)
 
 PictureAnswer Decoder::perform(PictureOperation operation, const WriteJpeg& write) {
   const PictureVerdict verdict = verdictOf([&] { return verdictAfter(operation, write); });
-  // Whatever the decoder made of a failed read: some take it for the end of the file.
+  // The verdict doesn't count after a failed read: some decoders take it for the end of the file.
   if (file_.error() != 0) return {PictureVerdict::NotRead, file_.error()};
   return {verdict};
 }
@@ -101,7 +100,7 @@ PictureVerdict Decoder::inspect() {
   image_ = load(file_, *format_);
   if (memoryFor(image_, file_.size(), assessment.copies) > maxPictureBytes)
     return PictureVerdict::TooLarge;
-  return hasKnownTones(image_) ? PictureVerdict::Good : PictureVerdict::UnknownColours;
+  return hasKnownColours(image_) ? PictureVerdict::Good : PictureVerdict::UnknownColours;
 }
 
 void Decoder::decode() {
@@ -111,7 +110,7 @@ void Decoder::decode() {
 }
 
 void Decoder::encode(const WriteJpeg& write) {
-  const VImage image = forScreen(std::exchange(image_, VImage()));
+  const VImage image = toScreen(std::exchange(image_, VImage()));
   if (!format_->warnsOnOpening) warnings_.ignorePast();
   const JpegTarget target(write);
   upright(image).jpegsave_target(target.target(),

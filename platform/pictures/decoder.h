@@ -12,17 +12,17 @@
 
 namespace orvelin {
 
-/// Takes bytes of a JPEG as they come; false makes encoding fail.
+/// Receives the bytes of a JPEG in pieces. Returns false to make encoding fail.
 using WriteJpeg = std::function<bool(std::string_view)>;
 
-/// A picture file, opened to be decoded once. libvips must have been started.
+/// Decodes one open picture file, once. startVips() must have been called.
 class Decoder {
  public:
-  /// Judges the open file by its header.
+  /// Inspects the header.
   explicit Decoder(Descriptor file);
 
-  /// Inspect returns the verdict on the header. The other operations can be performed once, and
-  /// only one of them, where that verdict is `Good`; Encode calls `write`.
+  /// Inspect returns the verdict on the header. After that, if it was `Good`, one other operation
+  /// can be performed; Encode calls `write`.
   PictureAnswer perform(PictureOperation operation, const WriteJpeg& write);
 
  private:

@@ -11,7 +11,7 @@ std::optional<GifFrame> firstFrameOf(PictureFile& gif) {
 
   std::uint64_t at = headerSize;
   const int flags = gif.byteAt(flagsAt);
-  if ((flags & 0x80) != 0) at += std::uint64_t{3} << ((flags & 7) + 1);  // the table of colours
+  if ((flags & 0x80) != 0) at += std::uint64_t{3} << ((flags & 7) + 1);  // colour table
   while (gif.byteAt(at) == extension) {
     at += 2;
     while (gif.byteAt(at) != 0) at += 1 + static_cast<std::uint64_t>(gif.byteAt(at));

@@ -6,7 +6,7 @@ namespace orvelin {
 
 namespace {
 
-/// The place of the next byte 0xFF from `at` on; the end of the file if there is none.
+/// The offset of the next byte 0xFF from `at` on; the size of the file if there is none.
 std::uint64_t nextMarker(PictureFile& jpeg, std::uint64_t at) {
   for (std::string_view bytes; !(bytes = jpeg.some(at)).empty(); at += bytes.size())
     if (const auto found = bytes.find('\xFF'); found != std::string_view::npos) return at + found;
@@ -17,7 +17,7 @@ std::uint64_t nextMarker(PictureFile& jpeg, std::uint64_t at) {
 
 int countBufferedScans(PictureFile& jpeg) {
   constexpr int startOfScan = 0xDA, endOfImage = 0xD9;
-  const auto standsAlone = [](int marker) {  // filling, stuffing, restart and start markers
+  const auto hasNoLength = [](int marker) {  // fill and stuffed bytes, RSTn, SOI
     return marker == 0xFF || marker == 0x00 || marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
   };
   const auto isStartOfFrame = [](int marker) {
@@ -30,7 +30,7 @@ int countBufferedScans(PictureFile& jpeg) {
   std::uint64_t at = 0;
   while ((at = nextMarker(jpeg, at)) + 3 < jpeg.size()) {
     const int marker = jpeg.byteAt(++at);
-    if (standsAlone(marker)) {
+    if (hasNoLength(marker)) {
       if (marker != 0xFF) ++at;
       continue;
     }

@@ -21,11 +21,10 @@ using namespace orvelin;
 
 namespace {
 
-// Orvelin is woken up for this many bytes of a JPEG at a time.
+// Large, so that each write wakes up Orvelin for many bytes.
 char pipeBuffer[1 << 18];
 
-/// Performs what Orvelin asks for. Keeps a picture from its inspection to the operation that uses
-/// it up.
+/// Performs requests. Keeps a Decoder from an inspection to the next request for the same picture.
 class Worker {
  public:
   PictureAnswer answerTo(ReceivedRequest received) {
@@ -48,18 +47,18 @@ class Worker {
   std::uint32_t picture_ = 0;
 };
 
-/// Starts all that may have to read files, then gives up the right to.
+/// Initializes everything that needs to read files, then gives up the right to.
 bool start() {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (!startVips()) return false;
-  formatOf("?");  // loads the loaders
+  formatOf("?");  // makes libvips load its modules
   confine();
   return sendAnswer(pictureSocket, {});
 }
 
 }  // namespace
 
-/// Answers the requests of Orvelin until it closes the socket.
+/// Answers requests until Orvelin closes the socket.
 int main() {
   struct stat status = {};
   if (::fstat(pictureSocket, &status) != 0 || !S_ISSOCK(status.st_mode)) {

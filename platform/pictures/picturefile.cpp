@@ -17,7 +17,7 @@ PictureFile::PictureFile(Descriptor file) : file_(std::move(file)) {
 }
 
 std::string_view PictureFile::some(std::uint64_t at) {
-  // The scan often needs no more than the beginning: there, larger steps would read too much.
+  // Small steps at the beginning: the scan often needs only the first few kilobytes.
   constexpr std::size_t beginning = 64 << 10, smallStep = 16 << 10, step = 64 << 10;
   if (at >= size_) return {};
   if (at < windowAt_ || at - windowAt_ >= window_.size())

@@ -10,35 +10,35 @@
 
 namespace orvelin {
 
-/// The file of a picture, for one thread at a time. Decoders read it as they decode, so the system
-/// reads ahead at the same time. Some take a failed read for the end of the file: check `error`
-/// after each use.
+/// An open picture file, for one thread at a time. Decoders read it as they decode, while the
+/// system reads ahead. Some take a failed read for the end of the file, so check `error` after
+/// decoding.
 class PictureFile {
  public:
-  /// Takes over a file that is open for reading.
+  /// Takes over a descriptor that is open for reading.
   explicit PictureFile(Descriptor file);
   PictureFile(const PictureFile&) = delete;
   PictureFile& operator=(const PictureFile&) = delete;
   ~PictureFile() = default;
 
-  /// Bytes in the file when it was opened; no more are read if it grows.
+  /// Size in bytes when the file was opened; if it grows, the rest is not read.
   std::uint64_t size() const { return size_; }
-  /// The `errno` of the first failure, 0 if there was none; ESTALE if the file has become shorter.
-  /// After a failure nothing more is read: on a broken disk each attempt may take a minute.
+  /// The `errno` of the first failure, or 0; ESTALE if the file was truncated. After a failure
+  /// nothing more is read: on a broken disk each attempt may take a minute.
   int error() const { return error_; }
 
-  /// Some of the bytes from `at` on, valid until the next call; empty at the end of the file or on
-  /// failure.
+  /// Returns at least one of the bytes from offset `at` on; empty at the end of the file and on
+  /// failure. Valid until the next call.
   std::string_view some(std::uint64_t at);
-  /// Copies `count` bytes from `at` on; fewer only at the end of the file or on failure. Returns
-  /// how many.
+  /// Copies `count` bytes from offset `at` on; fewer at the end of the file and on failure. Returns
+  /// the number of bytes copied.
   std::size_t read(std::uint64_t at, char* bytes, std::size_t count);
-  /// The byte at `at`; 0 at the end of the file or on failure.
+  /// The byte at that offset; 0 past the end of the file and on failure.
   int byteAt(std::uint64_t at);
-  /// Reads the whole file into memory, and returns all its bytes from then on. False on failure.
+  /// Reads the whole file into memory. Returns false on failure.
   bool readWhole();
 
-  /// The file for a loader of libvips, which it must outlive. One at a time.
+  /// The file as a source for a libvips loader, which must not outlive this object. One at a time.
   vips::VSource source();
 
  private:
@@ -49,10 +49,10 @@ class PictureFile {
   Descriptor file_;
   std::uint64_t size_ = 0;
   int error_ = 0;
-  std::string window_;  // the bytes of the file from windowAt_ on
+  std::string window_;  // some bytes of the file, from offset windowAt_ on
   std::uint64_t windowAt_ = 0;
-  bool whole_ = false;          // the window is the file
-  std::uint64_t sourceAt_ = 0;  // the position of source()
+  bool whole_ = false;          // the window is the whole file
+  std::uint64_t sourceAt_ = 0;  // the offset of source()
 };
 
 }  // namespace orvelin

@@ -20,10 +20,10 @@ Assessment assessJPEG(PictureFile& jpeg) {
   constexpr int maxScans = 100;
   const int scans = countBufferedScans(jpeg);
   if (scans > maxScans) return {PictureVerdict::TooManyScans};
-  return {.copies = scans > 0 ? 3 : 1};  // coefficients have two bytes
+  return {.copies = scans > 0 ? 3 : 1};  // pixels and two-byte coefficients
 }
 
-/// For decoders that hold `count` copies of the whole picture, to convert it.
+/// For loaders that keep `count` copies of the whole picture in memory.
 template <int count>
 Assessment copies(PictureFile&) {
   return {.copies = count};
@@ -34,9 +34,8 @@ Assessment assessBy(PictureFile& file) {
   return {verdictOn(file)};
 }
 
-/// The whole canvas, white where the first frame doesn't cover it. libvips ignores the size of the
-/// canvas if it finds it suspicious, and leaves the rest black if the GIF has no transparent
-/// colour.
+/// The first frame on a white canvas. libvips ignores some canvas sizes, and makes the canvas black
+/// if the GIF has no transparent colour.
 VImage onCanvas(const VImage& image, PictureFile& gif) {
   const auto frame = firstFrameOf(gif);
   if (!frame) return image;
@@ -56,8 +55,8 @@ VImage withoutSpareBands(const VImage& image, PictureFile& tiff) {
 constexpr std::string_view signaturesOfBMP[] = {"BM"sv};
 constexpr std::string_view signaturesOfTIFF[] = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};
 
-// The only decoders that are ever called: libvips knows many more, which take drawings, documents
-// and tables of numbers for pictures.
+// Only these loaders are called. libvips has others, which also load drawings, documents and tables
+// of numbers.
 constexpr PictureFormat formats[] = {
     {.loader = "jpegload_source", .failsAtOnce = true, .givesUp = true, .assess = assessJPEG},
     {.loader = "pngload_source", .failsAtOnce = true},
@@ -91,7 +90,7 @@ bool isIn(const PictureFormat& format, std::string_view head) {
 }  // namespace
 
 const PictureFormat* formatOf(std::string_view head) {
-  if (head.empty()) return nullptr;  // libvips makes no source of nothing
+  if (head.empty()) return nullptr;  // libvips can't make an empty source
   const auto* format =
       std::ranges::find_if(formats, [&](const auto& row) { return isIn(row, head); });
   return format == std::end(formats) ? nullptr : format;
@@ -103,8 +102,8 @@ VImage load(PictureFile& file, const PictureFormat& format) {
   VOption* const options = VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
   if (format.givesUp) options->set("unlimited", true);
   VImage::call(format.loader, options->set("source", file.source())->set("out", &image));
-  // A decoder goes from line to line: a second worker only waits for the first, and libvips may
-  // report success before the last of several fails.
+  // With several workers libvips may report success before the last one fails. They would not be
+  // faster: loaders decode line by line.
   image.set(VIPS_META_CONCURRENCY, 1);
   return format.shown ? format.shown(image, file) : image;
 }

@@ -8,42 +8,43 @@
 
 namespace orvelin {
 
-/// What can be said of a file before it is decoded.
+/// What is known about a file before it is decoded.
 struct Assessment {
   PictureVerdict verdict = PictureVerdict::Good;
-  int copies = 1;  ///< how many bytes its decoder holds at most for each byte that it gives
+  int copies = 1;  ///< maximum memory that the decoder needs, as a multiple of the decoded size
 };
 
-/// A row of the table of formats.
+/// One row of the table of formats.
 struct PictureFormat {
-  /// The operation of libvips that opens a source, if one does.
+  /// The libvips operation that loads the format from a source; null if `decoded` decodes all
+  /// files.
   const char* loader = nullptr;
-  /// How a file may begin; if there is none, libvips recognises the format.
+  /// The possible first bytes of a file. Empty if libvips recognises the format.
   std::span<const std::string_view> signatures = {};
-  /// Whether the file is read whole before it is opened: libvips would do so too, or the decoder
-  /// aborts the process when a read fails.
+  /// Whether to read the whole file before loading it: the loader would do so itself, or aborts the
+  /// process if a read fails.
   bool whole = false;
-  /// Whether decoding fails as it begins or not at all: damage further on gives warnings and grey,
-  /// and the scans of a JPEG that has several are all read before the first line is given.
+  /// Whether decoding fails at the beginning or not at all, so that the first line shows whether a
+  /// picture decodes: damage after it causes a warning only.
   bool failsAtOnce = false;
-  /// Whether the loader gives up after a number of warnings, unless its option `unlimited` is set.
+  /// Whether the loader fails after many warnings, unless its option `unlimited` is set.
   bool givesUp = false;
-  /// Whether the loader warns of damage as it opens the file.
+  /// Whether the loader warns of damage when it opens the file.
   bool warnsOnOpening = false;
-  /// Judges a file by what its decoder would not report.
+  /// Checks a file for problems that the loader would not report.
   Assessment (*assess)(PictureFile& file) = [](PictureFile&) { return Assessment{}; };
-  /// If set, decodes what `loader` doesn't, all of it at once; a null image if it is for `loader`.
+  /// If set, decodes files that `loader` can't; returns a null image for the others.
   vips::VImage (*decoded)(PictureFile& file) = nullptr;
-  /// If set, returns what a viewer shows of a decoded picture.
+  /// If set, returns the part of a loaded picture that a viewer shows.
   vips::VImage (*shown)(const vips::VImage& image, PictureFile& file) = nullptr;
 };
 
-/// The format of a file by its first kilobytes; nullptr if it is none of ours. libvips must have
-/// been started.
+/// The format of a file, by its first kilobytes; null if unknown. startVips() must have been
+/// called.
 const PictureFormat* formatOf(std::string_view head);
 
-/// Opens a picture to be decoded once, from top to bottom, by one worker. `file` must have that
-/// format and outlive the picture. Throws `vips::VError` if that fails.
+/// Opens a picture to be decoded once, from top to bottom, by one worker. `file` must outlive the
+/// picture. Throws vips::VError on failure.
 vips::VImage load(PictureFile& file, const PictureFormat& format);
 
 }  // namespace orvelin

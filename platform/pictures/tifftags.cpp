@@ -49,7 +49,7 @@ std::unique_ptr<TIFF, decltype(&TIFFClose)> open(TiffStream& stream) {
           TIFFClose};
 }
 
-/// The value of a tag that holds one number; 0 if the directory doesn't have it.
+/// The value of a tag that has one number; 0 if it is missing.
 template <class Number>
 Number numberOf(TIFF* tiff, std::uint32_t tag) {
   Number number = 0;
@@ -67,7 +67,7 @@ bool isCameraRaw(TIFF* tiff) {
          numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_CFA;
 }
 
-/// What the samples after the colours are.
+/// The kinds of the samples after the colours.
 std::span<const std::uint16_t> extraSamplesOf(TIFF* tiff) {
   std::uint16_t count = 0;
   const std::uint16_t* kinds = nullptr;
@@ -75,8 +75,8 @@ std::span<const std::uint16_t> extraSamplesOf(TIFF* tiff) {
   return {kinds, count};
 }
 
-/// Whether the colours were multiplied by the transparency, in numbers that libvips doesn't divide
-/// again as it should.
+/// Whether colours are premultiplied by transparency in a format in which libvips doesn't undo that
+/// correctly.
 bool isPremultiplied(TIFF* tiff) {
   const bool inks = numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_SEPARATED;
   const auto extra = extraSamplesOf(tiff);
@@ -93,7 +93,7 @@ std::uint64_t pixelsOf(TIFF* tiff) {
          numberOf<std::uint32_t>(tiff, TIFFTAG_IMAGELENGTH);
 }
 
-/// Whether libvips would take luma and chroma for red, green and blue, or white for black.
+/// Whether libvips would misread the colours: YCbCr as RGB, or white as black.
 bool isMisread(TIFF* tiff) {
   switch (numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC)) {
     case PHOTOMETRIC_YCBCR:
@@ -109,8 +109,8 @@ bool isMisread(TIFF* tiff) {
 }  // namespace
 
 PictureVerdict verdictOnTIFF(PictureFile& tiff) {
-  constexpr std::uint64_t markAt = 8;  // of the raws that have one
-  if (tiff.some(markAt).starts_with("CR\2")) return PictureVerdict::CameraRaw;
+  constexpr std::uint64_t rawMarkAt = 8;
+  if (tiff.some(rawMarkAt).starts_with("CR\2")) return PictureVerdict::CameraRaw;
   TiffStream stream{tiff};
   const auto opened = open(stream);
   if (!opened) return PictureVerdict::Good;
@@ -141,7 +141,7 @@ VImage decodeOldJpegOf(PictureFile& tiff) {
   const int orientation = std::max<int>(numberOf<std::uint16_t>(opened.get(), TIFFTAG_ORIENTATION),
                                         ORIENTATION_TOPLEFT);
   std::vector<std::uint32_t> pixels(pixelsOf(opened.get()));
-  // As the file has it: libtiff flips, but doesn't turn.
+  // Not rotated: libtiff would flip the picture but not rotate it by 90 degrees.
   if (TIFFReadRGBAImageOriented(opened.get(), width, height, pixels.data(), orientation, 1) == 0)
     throw vips::VError();
   VImage image = fromRGBA(std::move(pixels), static_cast<int>(width), static_cast<int>(height));

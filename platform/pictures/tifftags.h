@@ -5,15 +5,15 @@
 
 namespace orvelin {
 
-/// Whether a TIFF file can be taken, by its first directory; `Good` too if that can't be parsed.
+/// Checks the first directory of a TIFF file. `Good` if it can't be parsed: the loader will fail.
 PictureVerdict verdictOnTIFF(PictureFile& tiff);
 
-/// How many samples of a pixel are neither its colour nor its transparency, such as the selections
-/// that an editor keeps. They are the last ones.
+/// The number of samples at the end of each pixel that are neither colour nor transparency, such as
+/// selections saved by an editor.
 int countSpareSamples(PictureFile& tiff);
 
-/// Decodes the JPEG compression of old scanners, which libvips can't. A null image if the file has
-/// another.
+/// Decodes old-style JPEG compression, which libvips can't. Returns a null image if the file has
+/// another compression.
 vips::VImage decodeOldJpegOf(PictureFile& tiff);
 
 }  // namespace orvelin

@@ -14,15 +14,15 @@ constexpr const char* logDomain = "VIPS";
 
 // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet.
 void applyProcessSettings() {
-  // Large pictures would be decoded to a temporary file.
+  // By default libvips decodes large pictures to a temporary file.
   ::setenv("VIPS_DISC_THRESHOLD", "1000g", 1);
-  // Each worker takes memory, which is limited.
+  // Each worker needs memory, which is limited.
   constexpr int maxWorkers = 8;
   vips_concurrency_set(std::min(vips_concurrency_get(), maxWorkers));
-  // Cached operations would give the old picture of a file that has changed.
+  // A cached operation would return the old picture of a file that has changed.
   vips_cache_set_max(0);
-  // A turned picture needs all its pixels in memory. Returning that memory to the system after each
-  // picture would take a tenth of the time of converting them all.
+  // Rotating needs the whole picture in memory. Returning that memory to the system after each
+  // picture would cost a tenth of the conversion time.
   ::mallopt(M_MMAP_THRESHOLD, 1 << 30);
   ::mallopt(M_TRIM_THRESHOLD, 128 << 20);
   const auto discard = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
@@ -43,7 +43,7 @@ bool startVips() {
 
 void warnOfDamage(const char* text) { g_log(logDomain, G_LOG_LEVEL_WARNING, "%s", text); }
 
-// GLib calls the handler that was set last.
+// GLib calls the handler that was set last: this one, until it is removed.
 DecoderWarnings::DecoderWarnings()
     : handler_(g_log_set_handler(
           logDomain, G_LOG_LEVEL_WARNING,

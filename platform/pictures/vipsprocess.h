@@ -7,19 +7,19 @@
 
 namespace orvelin {
 
-/// Starts libvips, with its settings for the whole process, on the first call; it stops when the
-/// program ends. Returns false if it can't start.
+/// Initializes libvips and its settings for this process, on the first call; it is shut down at
+/// exit. Returns false on failure.
 bool startVips();
 
-/// Warns as a decoder of libvips does.
+/// Logs a warning as libvips does.
 void warnOfDamage(const char* text);
 
-/// Collects the warnings of libvips while it exists; nothing else sees them.
+/// Collects the warnings that libvips logs while this object exists. They are not printed.
 ///
-/// Decoders warn of damage that they pass over: the one for GIF on opening, the one for JPEG when
-/// its image is freed, the others while they decode. Other warnings on opening have cost no pixel,
-/// such as that of an unknown tag or of a profile that doesn't fit. They are repeated during
-/// decoding, so a text that is new then means damage. Texts are only compared: libvips translates
+/// Loaders warn of damage that they ignore: GIF when it opens the file, JPEG when its image is
+/// freed, the others while they decode. Other warnings on opening don't concern pixels, such as
+/// those of an unknown tag or a wrong profile, and are repeated during decoding. So a warning whose
+/// text is new during decoding means damage. Texts are compared but not parsed: libvips translates
 /// them.
 class DecoderWarnings {
  public:
@@ -28,13 +28,13 @@ class DecoderWarnings {
   DecoderWarnings& operator=(const DecoderWarnings&) = delete;
   ~DecoderWarnings();
 
-  /// Passes over the texts so far.
+  /// Ignores the warnings so far, and later ones with the same texts.
   void ignorePast();
-  /// Whether there are texts that were not passed over.
+  /// Whether there are warnings that are not ignored.
   bool any() const;
 
  private:
-  mutable std::mutex mutex_;  // libvips warns from its workers
+  mutable std::mutex mutex_;  // libvips logs from its worker threads
   std::set<std::string> texts_;
   std::size_t ignored_ = 0;
   unsigned handler_;
