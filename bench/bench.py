@@ -1,4 +1,4 @@
-"""Orvelin and its peers in turn on the same files; one table. Called by script/bench."""
+"""Measures Orvelin and its peers in turn on the same files. Called by script/bench."""
 
 import os
 import re
@@ -19,11 +19,11 @@ out = bench / "out"
 
 
 def shell(script):
-    """A command for sh, which finds what it works on in $1 and where its results go in $2."""
+    """A shell command that reads from $1 and writes to the folder $2."""
     return ["sh", "-ec", script, "sh"]
 
 
-# The peers halve the resolution of colours, as Orvelin and cameras do: equal work for all.
+# All use 4:2:0 chroma subsampling, as Orvelin and cameras do.
 BUILD = [work, "build"]
 UNPACK = [work, "unpack"]
 PACK = shell(f'exec "{work}" pack "$1" "$2/archive"')
@@ -47,20 +47,20 @@ TAR_C = shell('exec tar -cf "$2/archive" -C "$1" .')
 
 
 def inputs(kind, count):
-    """The folder of `count` input files; made if it is missing."""
+    """The folder of `count` input files, created if missing, and the count."""
     count = max(1, count // 10) if quick and kind != "large" else count
     folder = bench / "inputs" / f"{kind}-{count}"
     if not folder.exists():
         print(f"making {count} files: {kind}", file=sys.stderr)
         subprocess.run([bench / "orvelin-inputs", kind, str(count), folder], check=True)
-    for path in folder.rglob("*"):  # from here on, all that is read comes from memory
+    for path in folder.rglob("*"):  # fill the page cache
         if path.is_file():
             path.read_bytes()
     return folder, count
 
 
 def run(command, source, expected, in_process=None):
-    """Seconds and peak bytes of one run, which must leave `expected` files."""
+    """Seconds and peak memory in bytes of one run, which must create `expected` files."""
     shutil.rmtree(out, ignore_errors=True)
     out.mkdir(parents=True)
     os.sync()
@@ -85,7 +85,7 @@ def row(name, against, mine, theirs, ratio, limit, unit="s"):
 
 
 def in_turn(name, command, source, expected, peers, pairs=PAIRS):
-    """Runs the command and its peers in turn, prints a row for each peer, answers the peak."""
+    """Runs the command and its peers in turn, prints a row per peer, returns the peak memory."""
     runs = [command] + [peer for _, peer, _ in peers]
     seconds = [[] for _ in runs]
     peak = 0
@@ -104,13 +104,13 @@ def in_turn(name, command, source, expected, peers, pairs=PAIRS):
 
 
 def cold_card(kind, name):
-    """Rows for a build from a card, against the slower of reading alone and the build from memory."""
-    source, count = inputs(kind, 400 if quick else 40)  # forty in both: the start counts
+    """Rows for a build from a card, against reading the card or a cached build, if that is slower."""
+    source, count = inputs(kind, 400 if quick else 40)  # 40 files in both cases
     card = Card(source, bench)
     photographs = sum(path.stat().st_size for path in source.rglob("*") if path.is_file())
 
     def build(*limits):
-        """Seconds of a build, and how often it read each byte."""
+        """Seconds of a build, and bytes read per byte of the photographs."""
         with card.inserted(*limits) as folder:
             before = card.bytes_read()
             seconds, _ = run(BUILD, folder, count, card.group.enter)
@@ -130,7 +130,7 @@ def cold_card(kind, name):
                 statistics.median(bounds), ratio, 1.20)
             row("  bytes read", "bytes of the files", None, None, read, 1.01)
         if kind == "jfif":
-            # What the scan has read is gone when the photographs are copied.
+            # Too little memory to cache the photographs between scan and copy.
             _, read = build(40, 64)
             row("  bytes read, with 64 MB of memory", "bytes of the files", None, None, read, 1.05)
     finally:
@@ -156,14 +156,14 @@ def archives():
     subprocess.run([work, "pack", tree, archive], check=True)
     subprocess.run(["tar", "-cf", tar, "-C", tree, "."], check=True)
     tar_x = shell(f'exec tar -xf "{tar}" -C "$2"')
-    # Creating the files takes from one second to seven: it depends on the disk's journal.
+    # Times vary much with the disk's journal.
     pairs = 3 * PAIRS
     in_turn(f"{count} files unpacked", UNPACK, archive, count, [("tar -xf", tar_x, 1.0)], pairs)
     in_turn(f"{count} files packed", PACK, tree, 1, [("tar -cf", TAR_C, 1.0)], pairs)
 
 
 def psnr(picture, reference):
-    """Decibels, as ImageMagick measures them."""
+    """PSNR in decibels, by ImageMagick."""
     result = subprocess.run(
         ["compare", "-metric", "PSNR", picture, reference, "null:"], capture_output=True, text=True
     )
@@ -171,7 +171,7 @@ def psnr(picture, reference):
 
 
 def quality():
-    """A few pictures as Orvelin and as its peers convert them."""
+    """Compares the quality and size of a few pictures with those of the peers."""
     peers = {
         "mogrify": 'convert "$1" -auto-orient -quality 90 -sampling-factor 2x2 "$2"',
         "gm": 'gm convert "$1" -auto-orient -quality 90 -sampling-factor 2x2 "$2"',

@@ -1,4 +1,4 @@
-"""A memory card: a file system on a loop device, read no faster than a card."""
+"""A simulated memory card: a file system on a loop device with limited speed."""
 
 import os
 import subprocess
@@ -9,7 +9,7 @@ GROUP = "orvelin-bench"
 
 
 class NoCard(Exception):
-    """Why there can be no card on this machine."""
+    """Raised if this machine can't simulate a card; says why."""
 
 
 def call(*command):
@@ -17,7 +17,7 @@ def call(*command):
 
 
 class Group:
-    """A control group: its processes read a device at a limited speed, and share limited memory."""
+    """A control group that limits its processes' memory and the speed at which they read a device."""
 
     def __init__(self):
         root = Path("/sys/fs/cgroup")
@@ -40,18 +40,18 @@ class Group:
         self.memory.write_text(str(memory))
 
     def enter(self):
-        """Puts this process into the group."""
+        """Adds this process to the group."""
         for folder in self.folders:
             (folder / "cgroup.procs").write_text(str(os.getpid()))
 
     def remove(self):
         for folder in self.folders:
-            with suppress(OSError):  # a process of it may not be dead yet
+            with suppress(OSError):  # a killed process may still be in it
                 folder.rmdir()
 
 
 class Card:
-    """The files of a folder on a card. Raises NoCard where that can't be done."""
+    """A card with the files of a folder."""
 
     def __init__(self, folder, work):
         if os.geteuid() != 0:
@@ -67,7 +67,7 @@ class Card:
             self.loop = call("losetup", "--find", "--show", self.image)
             number = os.stat(self.loop).st_rdev
             self.device = f"{os.major(number)}:{os.minor(number)}"
-            # The read-ahead of a card; a loop device has twenty times as much.
+            # A card's read-ahead. The default of a loop device is twenty times as much.
             Path(f"/sys/dev/block/{self.device}/queue/read_ahead_kb").write_text("128")
             self.folder.mkdir(exist_ok=True)
             with self.inserted(20):
@@ -78,16 +78,16 @@ class Card:
 
     @contextmanager
     def inserted(self, speed, memory=1 << 20):
-        """The card's folder, not cached. Limits the group to megabytes per second and megabytes."""
+        """Mounts the card with an empty cache. `speed` is in MB/s, `memory` of the group in MB."""
         call("mount", "-o", "ro,noload", self.loop, self.folder)
         try:
             self.group.limit(self.device, speed * 1_000_000, memory << 20)
             yield self.folder
         finally:
-            call("umount", "--lazy", self.folder)  # a killed process may not be dead yet
+            call("umount", "--lazy", self.folder)  # a killed process may still use it
 
     def bytes_read(self):
-        """How many bytes have been read from the device so far."""
+        """Total bytes read from the device."""
         return 512 * int(Path(f"/sys/dev/block/{self.device}/stat").read_text().split()[2])
 
     def remove(self):

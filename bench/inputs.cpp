@@ -11,7 +11,7 @@
 #include "platform/core/standardstreams.h"
 #include "platform/pictures/jpegmarkers.h"
 
-// Makes the files that the benchmark works on. The same call always makes the same files.
+// Creates the input files of the benchmark. The same call always creates the same files.
 
 namespace fs = std::filesystem;
 using vips::VImage;
@@ -26,8 +26,8 @@ VImage noise(int width, int height, int grain, double amplitude, int seed) {
   return grain == 1 ? fine.crop(0, 0, width, height) : fine.resize(grain).crop(0, 0, width, height);
 }
 
-/// What a camera sees, as far as a coder of pictures is concerned: large shapes and small ones, the
-/// contrast the lower the smaller they are, hard edges, and the grain of the sensor.
+/// A picture that encodes like a photograph: shapes of all sizes, smaller ones with less contrast,
+/// hard edges, and sensor noise.
 VImage photograph(int width, int height, int seed) {
   VImage light = VImage::black(width, height) + 118;
   for (int grain = 512, octave = 0; grain >= 2; grain /= 2, ++octave)
@@ -46,7 +46,7 @@ VImage photograph(int width, int height, int seed) {
       .copy_memory();
 }
 
-/// Photographs of one size, each different: a few scenes, shifted and mirrored.
+/// Takes different photographs of one size: three scenes, shifted and mirrored.
 class Camera {
  public:
   Camera(int width, int height) {
@@ -113,14 +113,14 @@ void makePictures(const std::string& kind, const fs::path& folder, int count) {
       image.write_to_file(named(".tif[compression=lzw,predictor=horizontal]").c_str());
     else if (kind == "png")
       image.write_to_file(named(".png").c_str());
-    else if (i < 6)  // encoding takes ten seconds each: from the seventh on they repeat
+    else if (i < 6)  // encoding one takes ten seconds; the others are copies
       image.heifsave(named(".heic").c_str(), VImage::option()->set("Q", 52)->set("effort", 0));
     else
       fs::copy_file(place / ("IMG_" + std::to_string(10000 + i % 6) + ".heic"), named(".heic"));
   }
 }
 
-/// Files of 20,000 bytes on average, in three levels of folders.
+/// Creates files of 20,000 bytes on average, in three levels of folders.
 void makeTree(const fs::path& folder, int count) {
   std::mt19937 random(1);
   for (int i = 0; i < count; ++i) {
@@ -145,7 +145,7 @@ int main(int argc, char** argv) try {
   if (VIPS_INIT(argv[0]) != 0) return 1;
   const std::string kind = argv[1];
   const int count = std::stoi(argv[2]);
-  // Under its final name the folder is complete.
+  // Rename it at the end, so that a folder with the final name is complete.
   const fs::path folder = argv[3], unfinished = folder.string() + ".unfinished";
   fs::remove_all(unfinished);
   fs::create_directories(unfinished);
