@@ -45,17 +45,17 @@ class Archive : public FileTest {
   }
 };
 
-TEST_F(Archive, OfTheExampleUnpacksIntoItsOldTreeAndIsPackedToTheByte) {
+TEST_F(Archive, UnpacksAndPacksTheExampleExactly) {
   const fs::path cd = folder / "out/CD";
   write(cd / "a.txt", "something longer");
   unpack(example + "trailing bytes");
   EXPECT_EQ(contentsOf(cd), (Contents{{"X", "a folder"}, {"a.txt", "hi"}}));
   EXPECT_LT(fs::file_time_type::clock::now() - fs::last_write_time(cd), 24h)
-      << "the stored time, of 1999, is not applied";
+      << "stored times are not applied";
   for (const fs::path& path : {cd / "X", cd / "a.txt", cd})
     setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // Paris is an hour ahead in winter
   std::string packed = pack(cd);
-  // Creation times are the file system's own: only the modification times can be set.
+  // A test can set modification times but not creation times.
   const auto created = std::bit_cast<std::int64_t>(item(cd)->CreationDate().TotalSeconds());
   EXPECT_EQ(packed.substr(20, 8), number(created >> 32) + number(created & 0xffffffff));
   EXPECT_NE(packed.substr(20, 8), packed.substr(12, 8));
@@ -63,7 +63,7 @@ TEST_F(Archive, OfTheExampleUnpacksIntoItsOldTreeAndIsPackedToTheByte) {
   EXPECT_EQ(packed, example);
 }
 
-TEST_F(Archive, OfLargeFilesInnerFoldersAndLongNamesUnpacksToWhatWasPacked) {
+TEST_F(Archive, UnpacksWhatItPacked) {
   write(folder / "CD/1/2/a", "inner");
   write(folder / "CD/1/b", std::string(200'000, 'x') + "end");
   write(folder / "CD" / std::string(255, 'n'), "c");
@@ -71,31 +71,31 @@ TEST_F(Archive, OfLargeFilesInnerFoldersAndLongNamesUnpacksToWhatWasPacked) {
   EXPECT_EQ(contentsOf(folder / "out/CD"), contentsOf(folder / "CD"));
 }
 
-TEST_F(Archive, IsMadeByTheToolWholeOrNotAtAll) {
+TEST_F(Archive, IsCompleteOrNotCreatedByTheTool) {
   const auto status = [this] {
     const std::string in = "cd '" + folder.string() + "/CD'; trap '' XFSZ; ulimit -f 100; ";
     return std::system((in + "'" ORVELIN_PACK "' . ../made").c_str()) / 256;
   };
   fs::create_directory(folder / "CD");
   EXPECT_EQ(status(), 0);
-  EXPECT_EQ(read(folder / "made").substr(9, 3), text("CD")) << "the name of the folder itself";
-  for (const char* alias : {"..", "nowhere"}) {
-    fs::create_symlink(alias, folder / "CD/odd");
-    EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "with an alias to " << alias;
+  EXPECT_EQ(read(folder / "made").substr(9, 3), text("CD")) << "the real name of the folder";
+  for (const char* target : {"..", "nowhere"}) {
+    fs::create_symlink(target, folder / "CD/odd");
+    EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "with a symlink to " << target;
     fs::remove(folder / "CD/odd");
   }
   write(folder / "CD/odd", std::string(200'000, 'x'));
-  EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "it would be cut";
+  EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "too large";
 }
 
-TEST_F(Archive, ReadsTagsInAnyCaseAndOtherTagsAsEntriesByThemselves) {
+TEST_F(Archive, HasTagsInAnyCaseAndCountsUnknownOnes) {
   unpack(text("[folder]") + folderEntry("CD", 5).substr(9) + text("?") + text("") + text("[File]") +
          fileEntry("a", "1").substr(7) + folderEntry("none", -5) + fileEntry("b", "") +
          fileEntry("c", "not counted"));
   EXPECT_EQ(treeOf(folder / "out"), (Tree{"CD", "CD/a", "CD/b", "CD/none"}));
 }
 
-TEST_F(Archive, CutShortOrWithLengthsThatLieIsReadAsFarAsItGoes) {
+TEST_F(Archive, IsReadAsFarAsPossibleIfTruncatedOrWrong) {
   for (const std::size_t size : {0U, 5U, 20U, 30U, 50U, 62U, 66U, 80U, 97U}) {
     unpack(example.substr(0, size));
     const int created = int(size >= 12) + int(size >= 43) + int(size >= 72);
@@ -111,10 +111,10 @@ TEST_F(Archive, CutShortOrWithLengthsThatLieIsReadAsFarAsItGoes) {
 
   std::string deep;
   for (int i = 0; i < 5000; ++i) deep += folderEntry("d", 1);
-  EXPECT_THROW(unpack(deep), NilObjectException) << "deeper than a path can be";
+  EXPECT_THROW(unpack(deep), NilObjectException) << "path too long";
 }
 
-TEST_F(Archive, OfWrongKindsOrNothingDoesNothing) {
+TEST_F(Archive, IsNotMadeOrReadFromNilOrTheWrongKind) {
   write(folder / "file", example);
   const Ref<FolderItem> nil, file = item(folder / "file"), out = item(folder / "out"),
                              none = item(folder / "none");
@@ -126,10 +126,10 @@ TEST_F(Archive, OfWrongKindsOrNothingDoesNothing) {
   EXPECT_EQ(treeOf(folder), (Tree{"file", "out"}));
 }
 
-TEST_F(Archive, KeepsTheCountOfAnUnreadableFileAnAliassTargetAndTheLowBitsOfItsLength) {
+TEST_F(Archive, CountsUnreadableFilesAndStoresSymlinkTargetsAndLowBitsOfLengths) {
   fs::create_directory(folder / "CD");
   ::mkfifo((folder / "CD/fifo").c_str(), 0666);
-  EXPECT_EQ(pack(folder / "CD").substr(28), number(1)) << "counted, without an entry";
+  EXPECT_EQ(pack(folder / "CD").substr(28), number(1)) << "counted without an entry";
 
   write(folder / "big", "first");
   fs::create_symlink("../big", folder / "CD/big");

@@ -6,7 +6,7 @@
 
 namespace orvelin::test {
 
-TEST(Lookup, TakesTheFirstFolderThatHoldsTheSignatureAndNothingMore) {
+TEST(Lookup, TakesTheFirstFolderWithTheExactSignature) {
   const fs::path base = GetFolderItem("")->Path();
   BuildState first, later;
   const auto found = [&](BuildState& state) {
@@ -18,7 +18,7 @@ TEST(Lookup, TakesTheFirstFolderThatHoldsTheSignatureAndNothingMore) {
   write(base / "A/PkgInfo", "APPLQvzt");
   write(base / "9/PkgInfo", "applqvzt");
   EXPECT_EQ(found(later), "9/Contents/Resources/datafile");
-  EXPECT_EQ(found(first), "Orvelin.app/Contents/Resources/datafile") << "searched for once";
+  EXPECT_EQ(found(first), "Orvelin.app/Contents/Resources/datafile") << "found by the first search";
   for (const char* made : {"1", "3", "9", "A"}) fs::remove_all(base / made);
 }
 
@@ -33,7 +33,7 @@ class Build : public FileTest {
   const fs::path root = folder / "CD/DIGIFILM";
 };
 
-TEST_F(Build, MakesNothingWithoutFoldersAndTheRestWithoutPicturesOrDatafile) {
+TEST_F(Build, CreatesNothingWithoutFoldersAndTheRestWithoutPicturesOrDatafile) {
   for (auto* missing : {&state.inFol, &state.outFol}) {
     const auto chosen = std::exchange(*missing, nullptr);
     EXPECT_FALSE(buildDigiFilm(state));
@@ -47,7 +47,7 @@ TEST_F(Build, MakesNothingWithoutFoldersAndTheRestWithoutPicturesOrDatafile) {
   EXPECT_EQ(read(root / "digifilm.txt").size(), 236U + 35U) << "header and trailer";
 }
 
-TEST_F(Build, LogsOnceThatAFolderIsReadOnly) {
+TEST_F(Build, LogsAReadOnlyFolderOnce) {
   for (const char* name : {"a", "b"}) addPhoto(name, "oiseau.webp");
   becomeOrdinaryUser();
   for (const fs::path& readOnly : {folder / "CD", folder / "CD", root / "dcim/100k6230", photos}) {
@@ -66,7 +66,7 @@ TEST_F(Build, LogsOnceThatAFolderIsReadOnly) {
   }
 }
 
-TEST_F(Build, NestsWhenRepeatedAndReplacesAReadOnlyTreeWhenTheDestinationIsChosenAgain) {
+TEST_F(Build, NestsIfRepeatedAndReplacesAReadOnlyTree) {
   addPhoto("a.png", "aquarelle.png");
   for (int i = 0; i < 2; ++i) ASSERT_TRUE(buildDigiFilm(state));
   EXPECT_EQ(state.outFol->Path(), root / "DIGIFILM");
@@ -85,14 +85,14 @@ TEST_F(Build, NestsWhenRepeatedAndReplacesAReadOnlyTreeWhenTheDestinationIsChose
   EXPECT_TRUE(contentsOf(root) == wanted);
 }
 
-TEST_F(Build, InsideThePhotoFolderTakesThePicturesOfAnEarlierOne) {
+TEST_F(Build, InThePhotoFolderIncludesThePicturesOfAnEarlierOne) {
   addPhoto("z.jpg", "vacances/plage.jpg");
   addPhoto("zz.webp", "oiseau.webp");
   for (int i = 0; i < 2; ++i) {
     state.outFol = item(photos);
     ASSERT_TRUE(buildDigiFilm(state));
   }
-  // 001 and 002 of the first build come first and are copied onto themselves.
+  // The second build finds 001 and 002 of the first one first and copies them onto themselves.
   const fs::path placed = photos / "DIGIFILM/dcim/100k6230";
   EXPECT_EQ(treeOf(placed), (Tree{"001.jpg", "002.jpg", "003.jpg", "004.jpg"}));
   EXPECT_EQ(read(placed / "001.jpg"), read(sample("vacances/plage.jpg")));

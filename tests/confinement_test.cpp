@@ -32,11 +32,11 @@ class ConfinementTest : public FileTest {
  protected:
   ConfinementTest() {
     endPictureProcess();
-    while (::waitpid(-1, nullptr, 0) > 0) {  // a killed process takes a while to die
+    while (::waitpid(-1, nullptr, 0) > 0) {  // wait for the killed process
     }
   }
 
-  /// Runs `step` in a child. Returns what it returns, or the signal that ended it.
+  /// Runs `step` in a child process. Returns its result, or the signal that killed it.
   static int inChild(const std::function<int()>& step) {
     const pid_t child = ::fork();
     if (child == 0) ::_exit(step());
@@ -44,23 +44,23 @@ class ConfinementTest : public FileTest {
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
   }
-  /// 1 if Landlock holds here, and 2 if seccomp does.
-  static int heldParts() {
+  /// The mechanisms that work here: 1 for Landlock plus 2 for seccomp.
+  static int mechanisms() {
     return inChild([] {
       const Confinement confinement = confine();
       return (confinement.files ? 1 : 0) + (confinement.calls ? 2 : 0);
     });
   }
-  /// The only child of this one.
+  /// The only child process.
   static pid_t pictureProcess() { return std::stoi(read("/proc/thread-self/children")); }
 };
 
-TEST_F(ConfinementTest, LeavesNoRightToDoAnythingButCompute) {
+TEST_F(ConfinementTest, DeniesEverythingButComputing) {
   const fs::path secret = folder / "secret";
   write(secret, "text");
   const struct {
     const char* what;
-    bool byLandlock;  // seccomp prevents all of them
+    bool byLandlock;  // seccomp denies all of them
     std::function<long()> attempt;
   } attempts[] = {
       {"read a file", true, [&] { return ::open(secret.c_str(), O_RDONLY); }},
@@ -80,9 +80,9 @@ TEST_F(ConfinementTest, LeavesNoRightToDoAnythingButCompute) {
        }},
       {"take 4 GiB", false, [] { return (taken = std::malloc(large)) ? 0 : -1; }},
   };
-  const int held = heldParts();
+  const int present = mechanisms();
   for (const auto& row : attempts) {
-    if ((held & 2) == 0 && (held != 1 || !row.byLandlock)) continue;
+    if ((present & 2) == 0 && (present != 1 || !row.byLandlock)) continue;
     EXPECT_EQ(inChild([&] {
                 confine();
                 const bool denied = row.attempt() < 0;
@@ -91,25 +91,25 @@ TEST_F(ConfinementTest, LeavesNoRightToDoAnythingButCompute) {
               0)
         << row.what;
   }
-  if (held != 3) GTEST_SKIP() << "the kernel or a sanitizer leaves parts of the confinement out";
+  if (present != 3) GTEST_SKIP() << "not all mechanisms work in this kernel, or with sanitizers";
 }
 
-TEST_F(ConfinementTest, HoldsForTheProcess) {
+TEST_F(ConfinementTest, AppliesToThePictureProcess) {
   EXPECT_TRUE(item(sample("aquarelle.png"))->OpenAsPicture());
   const fs::path process = "/proc/" + std::to_string(pictureProcess());
-  const std::string status = read(process / "status"), calls = (heldParts() & 2) != 0 ? "2" : "0";
+  const std::string status = read(process / "status"), calls = (mechanisms() & 2) != 0 ? "2" : "0";
   for (const std::string& line : {"NoNewPrivs:\t1"s, "Threads:\t1"s, "Seccomp:\t" + calls})
     EXPECT_NE(status.find(line), std::string::npos) << line;
   EXPECT_EQ(read(process / "oom_score_adj"), "1000\n");
   EXPECT_EQ(std::distance(fs::directory_iterator(process / "fd"), {}), 4)
-      << "descriptors: socket, pipe, no stderr, the picture";
+      << "socket, pipe, /dev/null and the picture";
 }
 
-TEST_F(ConfinementTest, EndsWithTheProgramHoweverThatEnds) {
+TEST_F(ConfinementTest, HoldsAProcessThatDiesWithTheProgram) {
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
   inChild([] {
     item(sample("aquarelle.png"))->OpenAsPicture();
-    ::kill(pictureProcess(), SIGSTOP);  // it can't see that it is alone
+    ::kill(pictureProcess(), SIGSTOP);  // so that it can't exit by itself
     return 0;
   });
   int status = 0;

@@ -9,15 +9,15 @@
 
 namespace orvelin::test {
 
-/// Which of the calls to a function of the system fail, as when a disk is full or pulled out.
+/// Makes some of the calls to a system function fail, as when a disk is full or removed.
 struct CallFaults {
-  int left = -1;                    // how many calls succeed first; all if it is negative
-  int times = 1 << 30;              // how many fail then
-  bool half = false;                // the first write to fail has written half of its bytes
-  std::function<void()> instead{};  // called in place of a failure
+  int left = -1;                    // calls before the first failure; negative for no failure
+  int times = 1 << 30;              // number of failures
+  bool half = false;                // the first failing write writes half of its bytes
+  std::function<void()> instead{};  // if set, called instead of failing
   int failures = 0;
 
-  /// Counts a call; false if it fails.
+  /// Counts a call. Returns false if it must fail.
   bool succeeds() {
     if (left != 0) {
       if (left > 0) --left;
@@ -30,7 +30,7 @@ struct CallFaults {
   }
 };
 
-/// Builds that are disturbed, compared with one that is not.
+/// Compares builds with faults to one without.
 class Faults : public FileTest {
  protected:
   Faults() {
@@ -40,7 +40,7 @@ class Faults : public FileTest {
     for (const auto& [path, bytes] : calm) pictures.insert(bytes);
   }
 
-  /// Puts the photographs in place as they are at first.
+  /// Restores the photographs.
   void restore() {
     fs::remove_all(photos);
     for (const char* name :
@@ -51,7 +51,7 @@ class Faults : public FileTest {
     before = contentsOf(photos);
   }
 
-  /// Whether a build runs to its end.
+  /// Runs a build. Returns whether it ran to its end.
   bool build(const fs::path& destination) try {
     fs::create_directories(destination);
     BuildState state{{{}, item(photos), item(destination)}, nullptr};
@@ -60,17 +60,17 @@ class Faults : public FileTest {
     return false;
   }
 
-  /// Each picture is whole or absent, if under another's number where photographs have vanished,
-  /// and the order file goes as far as it got: a kill costs at most the last picture's record.
-  /// Another build then leaves what any other does.
-  void expectNothingHalf(bool renumbered, bool killed) {
+  /// Expects each picture to be complete or missing, and the order file to be complete as far as it
+  /// goes: a killed build lacks at most its last record. If photographs have vanished, pictures may
+  /// be `renumbered`. Then expects another build to give the same tree as one without faults.
+  void expectNothingPartial(bool renumbered, bool killed) {
     for (const char* place : {"CD", "unplugged"})
       for (const auto& [path, bytes] : contentsOf(folder / place)) {
         EXPECT_TRUE(pictures.contains(bytes) || !path.ends_with(".jpg")) << path;
-        const bool known =
-            killed || place == std::string("unplugged");  // that a picture is unfinished
-        EXPECT_TRUE(known || !path.ends_with(".orvelin")) << path;
-        const std::string sure = renumbered ? bytes.substr(0, 236) : bytes;  // the header, at least
+        const bool excused =
+            killed || place == std::string("unplugged");  // it could not be deleted
+        EXPECT_TRUE(excused || !path.ends_with(".orvelin")) << path;
+        const std::string sure = renumbered ? bytes.substr(0, 236) : bytes;  // the header
         EXPECT_TRUE(!path.ends_with("txt") || calm.at(path).starts_with(sure)) << path;
       }
     const std::string order = read(cd / "DIGIFILM/digifilm.txt"), place = "dcim/100k6230/00";

@@ -25,7 +25,7 @@ ssize_t attempt(CallFaults& faults, int error, long number, Args... args) {
 
 }  // namespace
 
-// The program's own calls of the system come here. NOLINTBEGIN(*-inconsistent-declaration-*)
+// These replace the system calls of the program. NOLINTBEGIN(*-inconsistent-declaration-*)
 extern "C" ssize_t write(int file, const void* bytes, size_t count) {
   const ssize_t written = attempt(writes, ENOSPC, SYS_write, file, bytes, count);
   const bool half = written < 0 && writes.half && writes.failures == 1;
@@ -53,7 +53,7 @@ extern "C" int rename(const char* from, const char* to) {
 extern "C" int close(int file) {
   const int result = int(attempt(writes, EIO, SYS_close, file));
   if (result == 0) return 0;
-  // Only now it shows that not all could be written; the file is closed even so.
+  // A delayed write error: half of the file is lost. The file is closed all the same.
   [[maybe_unused]] const int cut = ::ftruncate(file, ::lseek(file, 0, SEEK_CUR) / 2);
   ::syscall(SYS_close, file);
   errno = EIO;
@@ -66,7 +66,7 @@ extern "C" ssize_t read(int file, void* bytes, size_t count) {
 
 namespace orvelin::test {
 
-TEST_F(Faults, OfTheDiskOrTheProgramAtAnyWriteOrReadLeaveNothingHalf) {
+TEST_F(Faults, InSystemCallsLeaveNoPartialPictures) {
   const CallFaults ever{0}, once{0, 1}, onceByHalf{0, 1, true}, everByHalf{0, ever.times, true};
   constexpr auto recursive = fs::copy_options::recursive, links = fs::copy_options::copy_symlinks;
   const auto copy = [&] { fs::copy(cd, folder / "killed", recursive | links); };
@@ -82,21 +82,21 @@ TEST_F(Faults, OfTheDiskOrTheProgramAtAnyWriteOrReadLeaveNothingHalf) {
       if (!kill)
         write(cd / "DIGIFILM/dcim/100k6230/002.jpg", calm.at("DIGIFILM/dcim/100k6230/003.jpg"));
       fs::create_directories(cd / "DIGIFILM");
-      fs::create_symlink("nowhere", cd / "DIGIFILM/autorun.inf");  // to be replaced
+      fs::create_symlink("nowhere", cd / "DIGIFILM/autorun.inf");
       *calls = way;
       build(cd);
       failures = std::exchange(*calls, {}).failures;
-      if (kill && failures > 0) {  // what a program killed there leaves
+      if (kill && failures > 0) {  // continue with the copy made at that call
         fs::remove_all(cd);
         fs::rename(folder / "killed", cd);
       }
-      expectNothingHalf(calls == &reads, kill);
+      expectNothingPartial(calls == &reads, kill);
     }
-    EXPECT_GT(way.left, 20) << "there are calls to fail";
+    EXPECT_GT(way.left, 20) << "too few calls";
   }
 }
 
-TEST_F(Faults, OfThePlacesWhileABuildRunsLeaveNothingHalf) {
+TEST_F(Faults, InFoldersDuringABuildLeaveNoPartialPictures) {
   const fs::path picture = photos / "IMG_0001.JPG";
   const std::function<void()> faults[] = {
       [&] { fs::remove_all(cd); },
@@ -117,10 +117,10 @@ TEST_F(Faults, OfThePlacesWhileABuildRunsLeaveNothingHalf) {
       atYields({});
       const bool ofPhotos = &fault >= faults + 2;
       if (ofPhotos) restore();
-      expectNothingHalf(ofPhotos, false);
+      expectNothingPartial(ofPhotos, false);
       fs::remove_all(folder / "unplugged");
     }
-    EXPECT_GT(moment, 10) << "there are yields";
+    EXPECT_GT(moment, 10) << "too few yields";
   }
 }
 

@@ -12,7 +12,7 @@ namespace orvelin::test {
 using namespace std::literals;
 using Items = FileTest;
 
-TEST_F(Items, AreFoldedIntoFiftyAndThenFiftyOnes) {
+TEST_F(Items, ArePlacedInNumberedFolders) {
   const std::map<int, std::string> places{{0, "100k6230/001.jpg"},       {49, "100k6230/050.jpg"},
                                           {50, "102k6230/051.jpg"},      {100, "102k6230/101.jpg"},
                                           {101, "104k6230/102.jpg"},     {999, "138k6230/1000.jpg"},
@@ -26,12 +26,12 @@ TEST_F(Items, AreFoldedIntoFiftyAndThenFiftyOnes) {
   EXPECT_THROW(DigiItem(item(folder), nullptr, 0), NilObjectException);
   write(folder / "lower", "123456jfif");
   DigiItem(item(folder / "lower"), item(folder), 0).BuildData();
-  EXPECT_EQ(read(folder / "dcim/100k6230/001.jpg"), "123456jfif") << "copied in any letter case";
+  EXPECT_EQ(read(folder / "dcim/100k6230/001.jpg"), "123456jfif") << "copied";
 }
 
 using Records = FileTest;
 
-TEST_F(Records, ShiftTheYearSoThatSomeClassesOfYearsCountADayMore) {
+TEST_F(Records, ShiftTheYearSoSomeDatesCountADayMore) {
   using namespace std::chrono;
   write(folder / "photo", "no picture");
   const auto stampOf = [this](std::time_t modified) {
@@ -57,7 +57,7 @@ TEST_F(Records, ShiftTheYearSoThatSomeClassesOfYearsCountADayMore) {
 
 class Scan : public FileTest {
  protected:
-  /// The original names in the order of the scan of `folder`/photos.
+  /// Scans the folder `photos` and returns the original names of the pictures in order.
   Tree scanned() {
     fs::create_directory(folder / "out");
     ScanState state{{}, nullptr, item(folder / "out")};
@@ -73,7 +73,7 @@ class Scan : public FileTest {
   void photo(const std::string& name) { addPhoto(name, "vacances/plage.jpg"); }
 };
 
-TEST_F(Scan, GoesDownAsFarAsFoldersDoAndFollowsAliasesButNotBackIntoAFolderItIsIn) {
+TEST_F(Scan, IsDepthFirstAndFollowsSymlinksWithoutCycles) {
   std::string deep = "deep";
   for (int level = 0; level < 200; ++level) deep.insert(0, "folder/");
   photo(deep);
@@ -89,7 +89,7 @@ TEST_F(Scan, GoesDownAsFarAsFoldersDoAndFollowsAliasesButNotBackIntoAFolderItIsI
             (Tree{"pict\xff[re] é", "1.jpg", "other", "other", "pict\xff[re] é", "deep"}));
 }
 
-TEST_F(Scan, TakesEachEntryOfItsFirstListingForWhatItIsAtItsTurn) {
+TEST_F(Scan, ListsAFolderOnceAndChecksEachEntryAtItsTurn) {
   write(folder / "photos/a", "text");
   photo("b/inner");
   photo("c");
@@ -105,10 +105,10 @@ TEST_F(Scan, TakesEachEntryOfItsFirstListingForWhatItIsAtItsTurn) {
   for (const char* name : {"1", "2/3"}) fs::create_directories(folder / "photos" / name);
   yields = 1;
   EXPECT_EQ(scanned(), Tree());
-  EXPECT_EQ(yields, 4) << "one for each entry";
+  EXPECT_EQ(yields, 4) << "one yield per entry";
 }
 
-TEST_F(Scan, ListsFoldersAgainContinuesAListAndMakesNothingWithoutPictures) {
+TEST_F(Scan, ListsFoldersAgainAppendsAndCreatesNothingWithoutPictures) {
   fs::create_directory(folder / "photos");
   const auto photos = item(folder / "photos");
   ScanState state{{}, nullptr, item(folder)};
@@ -124,7 +124,7 @@ TEST_F(Scan, ListsFoldersAgainContinuesAListAndMakesNothingWithoutPictures) {
   EXPECT_FALSE(ScanState::isOpenablePicture(nullptr));
 }
 
-TEST_F(Scan, SkipsAndDeletesByNameOnlyWhatAKilledBuildLeaves) {
+TEST_F(Scan, SkipsAndDeletesOnlyTemporaryFilesOfKilledBuilds) {
   const std::string file = ".001.jpg.orvelin", numbered = "dcim/1k6230/";
   for (const std::string& name : {numbered + file, "dcim/102k6230/.1000.jpg.orvelin"s}) photo(name);
   const Tree others{".photo.orvelin",       "1k6230/" + file,

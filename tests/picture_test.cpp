@@ -20,26 +20,26 @@ using vips::VImage;
 
 class Pictures : public FileTest {
  protected:
-  /// A file of these bytes, under a name without a format.
+  /// A file with these bytes; its name has no suffix.
   Ref<FolderItem> fileOf(const std::string& bytes) const {
     write(folder / "file", bytes);
     return item(folder / "file");
   }
-  /// The picture of these bytes, saved as JPEG.
+  /// Saves the picture with these bytes as JPEG.
   fs::path saved(const std::string& bytes) const {
     fs::remove(folder / "saved");
     item(folder / "saved")->SaveAsJPEG(fileOf(bytes)->OpenAsPicture());
     return folder / "saved";
   }
-  /// A picture in another format, as libvips writes it.
+  /// Encodes a picture with libvips, which takes the suffix and options in `format`.
   std::string encoded(const VImage& image, const std::string& format) const {
     const std::string path = folder / "encoded";
     image.write_to_file((path + format).c_str());
     return read(path + format.substr(0, format.find('[')));
   }
   using Colours = std::vector<double>;
-  /// Saves a picture in each of these formats, separated by spaces, and expects these mean colours
-  /// in the quarters of what comes out, from the top left on.
+  /// Saves a picture in each of these formats, separated by spaces, as JPEG, and expects these mean
+  /// colours in its quarters, line by line.
   void expectColours(const VImage& image, const std::string& formats, const Colours& wanted,
                      double tolerance = 5) const {
     std::istringstream each(formats);
@@ -57,7 +57,7 @@ class Pictures : public FileTest {
     for (std::size_t i = 0; i < 12; ++i)
       EXPECT_NEAR(four.getpoint(i / 3 % 2, i > 5).at(i % 3), wanted.at(i), tolerance) << i;
   }
-  /// The picture with an Exif block that has this orientation.
+  /// Sets the orientation, and adds an Exif block.
   VImage tagged(const VImage& image, int orientation) const {
     VImage copy = image.copy();
     copy.set(VIPS_META_ORIENTATION, orientation);
@@ -69,7 +69,7 @@ class Pictures : public FileTest {
   const Colours colours{224, 0, 0, 0, 192, 0, 0, 0, 224, 224, 224, 0};
 };
 
-TEST_F(Pictures, OfEachKindAndFormatComeOutInTheirColoursWithoutAWarning) {
+TEST_F(Pictures, KeepTheirColoursInEachFormat) {
   testing::internal::CaptureStderr();
   expectColours(scene, ".jpg[Q=95] .png .png[interlace] .webp[Q=95] .heic[Q=90] .avif[Q=90]",
                 colours);
@@ -87,17 +87,17 @@ TEST_F(Pictures, OfEachKindAndFormatComeOutInTheirColoursWithoutAWarning) {
   expectColours(deep.bandjoin((mask * 257).cast(VIPS_FORMAT_USHORT)), ".png .tif", topLeft);
 
   std::string longHeader = encoded(scene, ".bmp").substr(0, 138), shortHeader;
-  longHeader[28] = 32;  // bits, eight of them for opacity
+  longHeader[28] = 32;  // bits, with opacity
   shortHeader = longHeader.substr(0, 54);
   shortHeader[10] = 54;
-  shortHeader[14] = 40;  // eight of them for nothing
+  shortHeader[14] = 40;  // the same without opacity
   const VImage bgr0 =
       VImage::bandjoin(std::vector{scene[2], scene[1], scene[0], scene[0] * 0}).flipver();
   std::size_t size = 0;
   const std::unique_ptr<void, decltype(&g_free)> pixels(
       bgr0.cast(VIPS_FORMAT_UCHAR).write_to_memory(&size), g_free);
   std::string lostPixels = shortHeader;
-  lostPixels[13] = 1;  // beyond the end: they are where the header ends
+  lostPixels[13] = 1;  // an offset past the end: the pixels follow the header
   for (const std::string& header : {shortHeader, longHeader, lostPixels})
     expectColours(header + std::string(static_cast<const char*>(pixels.get()), size), colours);
 
@@ -127,16 +127,16 @@ TEST_F(Pictures, OfEachKindAndFormatComeOutInTheirColoursWithoutAWarning) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(Pictures, AreTurnedByEachOrientationThatTheirFormatHas) {
-  // A camera writes what it sees: the scene turned the other way.
+TEST_F(Pictures, AreRotatedByTheirOrientation) {
+  // For each orientation, the scene as a camera in that position sees it.
   const VImage& v = scene;
-  const VImage turned[] = {
+  const VImage rotated[] = {
       v,          v.fliphor(),          v.rot180(), v.flipver(), v.rot90().fliphor(),
       v.rot270(), v.rot270().fliphor(), v.rot90()};
   for (int orientation = 1; orientation <= 8; ++orientation)
-    expectColours(tagged(turned[orientation - 1], orientation), ".jpg[Q=95] .tif .png .webp",
+    expectColours(tagged(rotated[orientation - 1], orientation), ".jpg[Q=95] .tif .png .webp",
                   colours);
-  // HEIF turns by a property of its own and ignores the orientation in Exif.
+  // HEIF files are rotated by the property irot; their Exif orientation is ignored.
   const VImage quarters[] = {v, v.rot90(), v.rot180(), v.rot270()};
   for (char turns = 0; turns < 4; ++turns)
     for (const char* format : {".heic[Q=90]", ".avif[Q=90]"}) {
@@ -147,7 +147,7 @@ TEST_F(Pictures, AreTurnedByEachOrientationThatTheirFormatHas) {
     }
 }
 
-TEST_F(Pictures, OfGifFilesShowTheWholeCanvas) {
+TEST_F(Pictures, InGifFilesHaveTheWholeCanvas) {
   constexpr std::uint16_t left = 20, top = 10;
   const std::array<std::uint16_t, 2> canvases[] = {{300, 200}, {640, 480}, {2100, 200}, {60, 40}};
   for (const auto& canvas : canvases) {
@@ -163,7 +163,7 @@ TEST_F(Pictures, OfGifFilesShowTheWholeCanvas) {
   }
 }
 
-TEST_F(Pictures, OfCamerasOwnFormatsAndUnknownTonesAreRefused) {
+TEST_F(Pictures, InCameraRawOrUnknownColoursAreRefused) {
   struct Entry {
     std::uint16_t tag, type;
     std::uint32_t count, value;
@@ -174,7 +174,7 @@ TEST_F(Pictures, OfCamerasOwnFormatsAndUnknownTonesAreRefused) {
     std::memcpy(&directory, &tiff[4], 4);
     std::string changed = tiff.substr(directory);
     changed[0] = static_cast<char>(changed[0] + static_cast<int>(entries.size()));
-    // The first entry of a tag counts.
+    // The first entry of a tag takes precedence.
     changed.insert(2, reinterpret_cast<const char*>(entries.data()), 12 * entries.size());
     directory = static_cast<std::uint32_t>(tiff.size());
     std::memcpy(&tiff[4], &directory, 4);
@@ -209,7 +209,7 @@ TEST_F(Pictures, OfCamerasOwnFormatsAndUnknownTonesAreRefused) {
   const VImage inks = scene.colourspace(VIPS_INTERPRETATION_CMYK);
   EXPECT_EQ(whyRefused(inks.cast(VIPS_FORMAT_FLOAT), {}), unknown);
 
-  // As old scanners wrote it: a whole JPEG file is the only strip.
+  // As old scanners wrote it: the only strip is a whole JPEG file.
   const std::string jpeg = encoded(scene, ".jpg[Q=95]");
   constexpr std::uint32_t at = 200'000;
   const auto size = static_cast<std::uint32_t>(jpeg.size());
@@ -227,7 +227,7 @@ TEST_F(Pictures, OfCamerasOwnFormatsAndUnknownTonesAreRefused) {
   EXPECT_FALSE(fileOf(old + jpeg)->OpenAsPicture());
 }
 
-TEST_F(Pictures, ThatAreDamagedAreTakenIfACompleteDecodeSucceeds) {
+TEST_F(Pictures, ThatAreDamagedAreAcceptedIfTheyDecode) {
   std::mt19937 random(1);
   int taken = 0;
   for (const auto& set : {fs::path(ORVELIN_SAMPLES), fs::path(ORVELIN_SEEDS) / "picture"})
@@ -243,7 +243,7 @@ TEST_F(Pictures, ThatAreDamagedAreTakenIfACompleteDecodeSucceeds) {
   EXPECT_GT(taken, 200);
 }
 
-TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
+TEST_F(Pictures, AreNotTextsDrawingsOrTables) {
   for (const char* text : {"", "BM", "BMW, la voiture de mon oncle", "1,2\n3,4\n", "GIF89a",
                            "P3\n1 1\n255\n255 0 0\n", "%PDF-1.4\n", "\xff\xd8\xff\xe0",
                            "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
@@ -251,15 +251,15 @@ TEST_F(Pictures, AreNotTextsDrawingsTablesOrOtherFiles) {
     EXPECT_FALSE(ScanState::isOpenablePicture(fileOf(text))) << text;
 }
 
-TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
-  // Where libraries would use temporary files or more threads, too.
+TEST_F(Pictures, ThatNeedTooMuchMemoryAreRefused) {
+  // Large pictures, for which libraries would use temporary files or threads, are accepted.
   for (const char* format : {".png", ".webp[lossless,effort=0]", ".bmp"})
     EXPECT_TRUE(fs::exists(saved(encoded(VImage::black(6000, 6000), format)))) << format;
   EXPECT_TRUE(fs::exists(saved(encoded(VImage::black(65500, 8), ".png"))));
   std::string png = read(sample("aquarelle.png")), bmp = read(sample("plan [2005].bmp"));
-  const std::string ffffPixelsASide("\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00", 10);
-  png.replace(16, 8, ffffPixelsASide, 0, 8).replace(29, 4, "\x44\x2b\xc4\x63");  // and its checksum
-  bmp.replace(18, 8, ffffPixelsASide, 2, 8);
+  const std::string side65535("\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00", 10);
+  png.replace(16, 8, side65535, 0, 8).replace(29, 4, "\x44\x2b\xc4\x63");  // checksum
+  bmp.replace(18, 8, side65535, 2, 8);
   for (const auto& large : {png, bmp}) EXPECT_FALSE(fileOf(large)->OpenAsPicture());
 
   const VImage noise = (scene + VImage::gaussnoise(160, 120)).cast(VIPS_FORMAT_UCHAR);
@@ -272,7 +272,7 @@ TEST_F(Pictures, ThatWouldTakeMoreThanARealOneAreRefused) {
     std::string buffered = bytes.substr(0, bytes.find("\xff\xda", bytes.find("\xff\xda") + 2));
     EXPECT_TRUE(fileOf(buffered)->OpenAsPicture());
     const auto size = std::min(buffered.find("\xff\xc2"), buffered.find("\xff\xc0")) + 5;
-    buffered.replace(size, 4, "\x65\x90\x65\x90");  // 26,000 pixels a side
+    buffered.replace(size, 4, "\x65\x90\x65\x90");  // 26,000 x 26,000 pixels
     EXPECT_FALSE(fileOf(buffered)->OpenAsPicture());
     const auto scan = bytes.rfind("\xff\xda");
     std::string endless = bytes.substr(0, bytes.size() - 2);

@@ -24,14 +24,14 @@ namespace {
 CallFaults requests, answers, reads;
 
 pid_t pictureProcess = 0;
-bool asked = false;        // after it was started
-clockid_t hurriedClock{};  // each call finds it 100 seconds further
-bool hurried = false;
-time_t skews[2];  // of the clock, and of the process's
+bool asked = false;     // since the process was started
+clockid_t fastClock{};  // advances by 100 seconds at each call
+bool isFast = false;
+time_t skews[2];  // of the monotonic clock and the CPU clock
 
 }  // namespace
 
-// The program's own calls of the system come here. NOLINTBEGIN(*-inconsistent-declaration-*)
+// These replace the system calls of the program. NOLINTBEGIN(*-inconsistent-declaration-*)
 extern "C" int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
                            const posix_spawnattr_t* attributes, char* const* arguments,
                            char* const* environment) {
@@ -39,12 +39,12 @@ extern "C" int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_
       reinterpret_cast<decltype(&posix_spawn)>(::dlsym(RTLD_NEXT, "posix_spawn"));
   const int error = next(pid, path, actions, attributes, arguments, environment);
   pictureProcess = *pid;
-  asked = hurried = false;
+  asked = isFast = false;
   skews[1] = 0;
   return error;
 }
 extern "C" ssize_t sendmsg(int socket, const msghdr* message, int flags) {
-  requests.succeeds();  // first, or the answer may already be on its way
+  requests.succeeds();  // before sending: the answer must not come first
   asked = true;
   return ::syscall(SYS_sendmsg, socket, message, flags);
 }
@@ -60,8 +60,8 @@ extern "C" ssize_t recv(int socket, void* bytes, size_t count, int flags) {
   return got;
 }
 extern "C" ssize_t pread(int file, void* bytes, size_t count, off_t at) {
-  constexpr size_t most = 6000;
-  if (reads.succeeds()) return ::syscall(SYS_pread64, file, bytes, std::min(count, most), at);
+  constexpr size_t max = 6000;
+  if (reads.succeeds()) return ::syscall(SYS_pread64, file, bytes, std::min(count, max), at);
   errno = EIO;
   return -1;
 }
@@ -69,7 +69,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const auto result = int(::syscall(SYS_clock_gettime, clock, time));
   const bool ofProcess = clock < 0;
   if (!ofProcess && clock != CLOCK_MONOTONIC) return result;
-  if (hurried && ofProcess == (hurriedClock < 0)) skews[ofProcess] += 100;
+  if (isFast && ofProcess == (fastClock < 0)) skews[ofProcess] += 100;
   time->tv_sec += skews[ofProcess];
   return result;
 }
@@ -77,18 +77,18 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
 
 namespace orvelin::test {
 
-TEST_F(Faults, OfThePictureProcessCostNothingOnceAndOnePictureTheSecondTime) {
+TEST_F(Faults, InThePictureProcessCostAPictureOnlyIfRepeated) {
   const auto kill = [] { ::kill(pictureProcess, SIGKILL); };
   const auto stop = [](clockid_t clock) {
     ::kill(pictureProcess, SIGSTOP);
-    hurriedClock = clock;
-    hurried = true;
+    fastClock = clock;
+    isFast = true;
   };
   const struct {
     CallFaults& calls;
     std::function<void()> fault;
     std::string reason;
-    int needed = 2;  // how many times it costs the picture
+    int needed = 2;  // faults that cost the picture
     int step = 1;
   } ways[] = {{requests, kill, "le décodeur s’est arrêté"},
               {answers, nullptr, "le décodeur s’est arrêté"},
@@ -111,18 +111,18 @@ TEST_F(Faults, OfThePictureProcessCostNothingOnceAndOnePictureTheSecondTime) {
           EXPECT_EQ(std::ranges::count(log, '\n'), failures / way.needed) << log;
           EXPECT_NE(log.find(way.reason), std::string::npos) << log;
         }
-        expectNothingHalf(true, false);
+        expectNothingPartial(true, false);
       }
-      EXPECT_GT(moment, 12) << "there are requests";
+      EXPECT_GT(moment, 12) << "too few requests";
     }
 }
 
-TEST_F(Faults, OfAReadAreNotTakenForTheEndOfACutPicture) {
+TEST_F(Faults, InReadsAreNotTakenForTheEndOfTheFile) {
   for (const std::string format : {"png", "tif", "webp", "gif", "heic", "avif", "bmp", "jpg"}) {
     const std::string path = folder / ("noise." + format);
     vips::VImage::gaussnoise(400, 300).cast(VIPS_FORMAT_UCHAR).write_to_file(path.c_str());
     const std::string bytes = read(path);
-    int needed[2];  // reads
+    int counts[2];
     for (const auto operation : {PictureOperation::Decode, PictureOperation::Encode})
       for (const bool cut : {false, true}) {
         int left = 0;
@@ -136,13 +136,13 @@ TEST_F(Faults, OfAReadAreNotTakenForTheEndOfACutPicture) {
               Decoder(std::move(file)).perform(operation, [](auto) { return true; }).verdict;
           failures = std::exchange(reads, {}).failures;
           EXPECT_EQ(verdict, failures > 0 ? PictureVerdict::NotRead : PictureVerdict::Good);
-          EXPECT_LE(failures, 1) << "nothing more is read";
+          EXPECT_LE(failures, 1) << "no read after a failure";
         }
-        EXPECT_GT(left, 3) << "there are reads";
-        needed[operation == PictureOperation::Encode] = left;
+        EXPECT_GT(left, 3) << "too few reads";
+        counts[operation == PictureOperation::Encode] = left;
       }
-    EXPECT_EQ(2 * needed[0] < needed[1], format == "jpg" || format == "png")
-        << "decided by its beginning";
+    EXPECT_EQ(2 * counts[0] < counts[1], format == "jpg" || format == "png")
+        << "the scan reads only the beginning";
 
     write(path, bytes.substr(0, bytes.size() * 2 / 3));
     testing::internal::CaptureStderr();
@@ -156,12 +156,12 @@ TEST_F(Faults, OfAReadAreNotTakenForTheEndOfACutPicture) {
   }
 }
 
-TEST_F(Faults, OfTheTailThatTheScanDoesNotReadCostThePictureButNotItsRecord) {
+TEST_F(Faults, AfterTheScanCostThePictureButNotItsRecord) {
   const fs::path photo = photos / "noise.jpg", dcim = cd / "DIGIFILM/dcim";
   fs::remove_all(photos);
   fs::create_directory(photos);
   vips::VImage::gaussnoise(400, 300).write_to_file(photo.c_str());
-  // The fourth request is to encode.
+  // The fourth request is Encode.
   requests = {3, 1, false, [&] { fs::resize_file(photo, fs::file_size(photo) - 1); }};
   testing::internal::CaptureStderr();
   EXPECT_TRUE(build(cd));
@@ -172,7 +172,7 @@ TEST_F(Faults, OfTheTailThatTheScanDoesNotReadCostThePictureButNotItsRecord) {
   EXPECT_EQ(treeOf(dcim), Tree{"100k6230"});
 }
 
-TEST_F(Faults, OfTheStartOfThePictureProcessEndTheAction) {
+TEST_F(Faults, InStartingThePictureProcessEndTheAction) {
   const fs::path program = bundleFolder() / "Contents/Linux/orvelin-pictures",
                  away = folder / "away";
   endPictureProcess();

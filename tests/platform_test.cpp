@@ -11,9 +11,9 @@ namespace orvelin::test {
 
 using namespace std::literals;
 
-TEST(Nil, ThrowsItsReasonWhereItIsUsed) try {
+TEST(Nil, ThrowsItsReason) try {
   Ref<FolderItem>(Failure{"Impossible de créer", "/a\nb", "raison"})->Name();
-  FAIL() << "nil was used";
+  FAIL() << "no exception";
 } catch (const NilObjectException& failure) {
   EXPECT_STREQ(failure.what(), "Impossible de créer «\u00A0/a?b\u00A0»\u00A0: raison.");
   EXPECT_THROW(Ref<FolderItem>()->Name(), NilObjectException);
@@ -21,7 +21,7 @@ TEST(Nil, ThrowsItsReasonWhereItIsUsed) try {
 
 using Names = FileTest;
 
-TEST_F(Names, ThatDesignateNoChildGiveNil) {
+TEST_F(Names, ThatAreInvalidGiveNil) {
   const auto base = item(folder.string() + "/");
   for (const std::string& name : {""s, "."s, ".."s, "a/b"s, "/"s, "a\0b"s, std::string(256, 'a')})
     EXPECT_FALSE(base->Child(name)) << name;
@@ -31,25 +31,25 @@ TEST_F(Names, ThatDesignateNoChildGiveNil) {
   EXPECT_EQ(base->Name(), folder.filename());
 }
 
-TEST_F(Names, AreListedHiddenOnesTooInTheOrderOfTheirBytes) {
+TEST_F(Names, AreListedInByteOrder) {
   const auto names = {".c", "B", "[a] *?", "a b", "b", "é", "\xff\xfe"};
   for (const char* name : names) write(folder / name, "");
   const auto base = item(folder);
   ASSERT_EQ(base->Count(), 7);
   int index = 0;
   for (const char* name : names) EXPECT_EQ(base->Item(++index)->Name(), name);
-  EXPECT_FALSE(base->Item(0) || base->Item(8)) << "there are seven";
+  EXPECT_FALSE(base->Item(0) || base->Item(8)) << "out of range";
   fs::remove(folder / "é");
   EXPECT_FALSE(base->Item(6)->Exists()) << "items come from the last listing";
 }
 
-TEST_F(Names, AreListedAgainOnlyWhereTheyMayHaveChanged) {
+TEST_F(Names, AreListedAgainIfTheFolderMayHaveChanged) {
   setTime(folder, 4'000'000'000);
-  EXPECT_FALSE(Listing(folder).isCurrent()) << "the next change may have the same time";
+  EXPECT_FALSE(Listing(folder).isCurrent()) << "another change may have the same time";
   std::this_thread::sleep_for(3100ms);
   const Listing listing(folder);
   EXPECT_TRUE(listing.isCurrent());
-  EXPECT_FALSE(Listing(sample("IMG_0001.JPG")).isCurrent()) << "it has failed";
+  EXPECT_FALSE(Listing(sample("IMG_0001.JPG")).isCurrent()) << "not a folder";
 
   write(folder / "new", "");
   setTime(folder, 4'000'000'000);
@@ -59,7 +59,7 @@ TEST_F(Names, AreListedAgainOnlyWhereTheyMayHaveChanged) {
 
 using Files = FileTest;
 
-TEST_F(Files, AreCopiedWithTheirTimeAndCreatedEmptyInPlaceOfAliases) {
+TEST_F(Files, AreCopiedWithTheirTimeAndReplaceSymlinks) {
   write(folder / "source", std::string(300'000, 'x') + "end");
   setTime(folder / "source", 1'000'000'000);
   for (const char* name : {"copied", "created"}) fs::create_symlink("source", folder / name);
@@ -79,11 +79,11 @@ TEST_F(Files, AreCopiedWithTheirTimeAndCreatedEmptyInPlaceOfAliases) {
   EXPECT_FALSE(fs::exists(folder / "cut"));
 }
 
-TEST_F(Files, ThatCanNotBeWrittenAreReplacedOnceTheNewOneExists) {
+TEST_F(Files, ThatAreReadOnlyAreReplaced) {
   write(folder / "inner/file", "long old content");
   fs::permissions(folder / "inner/file", fs::perms::owner_read);
   const auto file = item(folder / "inner/file");
-  fs::create_directory(folder / "inner/.file.orvelin");  // where the new one is to be created
+  fs::create_directory(folder / "inner/.file.orvelin");  // prevents the temporary file
   becomeOrdinaryUser();
   EXPECT_FALSE(file->CreateBinaryFile("text"));
   EXPECT_EQ(read(folder / "inner/file"), "long old content");
@@ -92,7 +92,7 @@ TEST_F(Files, ThatCanNotBeWrittenAreReplacedOnceTheNewOneExists) {
   EXPECT_EQ(contentsOf(folder / "inner"), (Contents{{"file", "new"}}));
 }
 
-TEST_F(Files, AreOnRemovableVolumesWhereDesktopsMountThem) {
+TEST_F(Files, AreOnVolumesMountedByDesktops) {
   write(folder / "mounts",
         "/dev/sda1 / ext4 rw 0 0\n"
         "server:/run/media /mnt/media nfs rw 0 0\n"
@@ -103,7 +103,7 @@ TEST_F(Files, AreOnRemovableVolumesWhereDesktopsMountThem) {
   EXPECT_TRUE(removableVolumes("nowhere").empty());
 }
 
-TEST(StandardStreams, AreOpenedAndSurviveAReaderThatHasGone) {
+TEST(StandardStreams, AreOpenAndIgnoreSigpipe) {
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
   for (const int closed : {ends[0], STDIN_FILENO}) ::close(closed);
@@ -112,7 +112,7 @@ TEST(StandardStreams, AreOpenedAndSurviveAReaderThatHasGone) {
   for (const int open : {ends[1], STDIN_FILENO}) EXPECT_EQ(::close(open), 0);
 }
 
-TEST_F(Files, ThatAreDevicesAreNotOpenedAndThatAreNotThereHaveADefaultDate) {
+TEST_F(Files, ThatAreDevicesAreNotOpenedAndMissingOnesHaveADefaultDate) {
   EXPECT_EQ(Date::ofInstant(INT64_MAX).Year(), 1970);
   EXPECT_FALSE(item("/dev/zero")->OpenAsBinaryFile() || item("/dev/zero")->CreateBinaryFile(""));
   testing::internal::CaptureStderr();

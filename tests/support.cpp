@@ -15,7 +15,7 @@ namespace orvelin::test {
 
 namespace {
 
-/// Gives this thread those of its permitted capabilities.
+/// Sets the effective capabilities of this thread, as far as they are permitted.
 void setEffective(std::uint32_t capabilities) {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
   __user_cap_data_struct data[2]{};
@@ -57,7 +57,7 @@ void becomeOrdinaryUser() { setEffective(0); }
 Scratch::Scratch() {
   forgetReports();
   VIPS_INIT("orvelin tests");
-  vips_cache_set_max(0);  // files change
+  vips_cache_set_max(0);  // tests change files
   std::string pattern = (fs::temp_directory_path() / "orvelin é%41-XXXXXX").string();
   folder = ::mkdtemp(pattern.data());
 }

@@ -32,24 +32,23 @@ inline void write(const fs::path& path, const std::string& bytes) {
 }
 
 using Tree = std::vector<std::string>;
-/// All that lies below a folder, as sorted relative paths; nothing where there is no folder.
+/// The relative paths of everything in a folder, sorted; empty if there is no folder.
 Tree treeOf(const fs::path& folder);
 
 using Contents = std::map<std::string, std::string>;
-/// The same, each with the bytes of its file.
+/// The same with the content of each file, or "a folder".
 Contents contentsOf(const fs::path& folder);
 
-/// Sets a file's modification time, in seconds since 1970 UTC.
+/// Sets the modification time, in seconds since 1970-01-01 00:00:00 UTC.
 void setTime(const fs::path& path, std::int64_t seconds);
 
-/// Calls `act` at each yield of the program; nothing where `act` is empty.
+/// Installs `act` as the background task; an empty one removes it.
 void atYields(std::function<void()> act);
 
-/// Leaves this thread the rights of an ordinary owner of its files, also where root runs the tests;
-/// until the scratch folder goes.
+/// Drops root's rights to bypass file permissions, until ~Scratch().
 void becomeOrdinaryUser();
 
-/// An empty folder, removed with all it holds. Starts libvips, which tests use by themselves.
+/// A temporary folder, deleted with its contents. Also initializes libvips, for tests that use it.
 struct Scratch {
   Scratch();
   Scratch(const Scratch&) = delete;
@@ -58,10 +57,10 @@ struct Scratch {
   fs::path folder;
 };
 
-/// A test on real files, in a folder of its own.
+/// A test with its own temporary folder.
 class FileTest : public testing::Test, protected Scratch {
  protected:
-  /// Puts a sample into the folder `photos` of the scratch folder.
+  /// Copies the sample `from` to `folder`/photos/`name`.
   void addPhoto(const std::string& name, const std::string& from) {
     write(folder / "photos" / name, read(sample(from)));
   }

@@ -14,7 +14,7 @@
 
 namespace orvelin::test {
 
-/// The open window, driven by clicks and keys.
+/// Opens the window and controls it with mouse and keyboard.
 class WindowTest : public FileTest {
  protected:
   WindowTest() {
@@ -40,13 +40,13 @@ class WindowTest : public FileTest {
   Widget& control(const char* name) {
     return *frame->findChild<Widget*>(name);
   }
-  /// Clicks as the window system delivers it.
+  /// Clicks like the window system: the event goes to the window.
   void click(const char* name) {
     auto& button = control<QPushButton>(name);
     const QPoint centre = button.mapTo(frame, button.rect().center());
     QTest::mouseClick(frame->windowHandle(), Qt::LeftButton, {}, centre);
   }
-  /// The enabled state of the controls, in the order in which they were created.
+  /// For each control in order of creation, 1 if it is enabled, else 0. Also checks that texts fit.
   std::string enabled() {
     std::string state;
     for (const auto* widget : frame->centralWidget()->findChildren<QWidget*>()) {
@@ -58,14 +58,14 @@ class WindowTest : public FileTest {
     return state;
   }
 
-  /// Runs the event loop with `action` as its first event, then ends the program.
+  /// Runs the event loop with `action` as its first event. Returns the program's exit status.
   int statusAfter(const std::function<void()>& action) {
     QTimer::singleShot(0, frame, action);
     runtime.runEventLoop();
     release();
     return runtime.stop();
   }
-  /// Does `answer` to the dialog that opens next; counts dialogs in `dialogs`.
+  /// Calls `answer` with the next dialog that opens, and counts it in `dialogs`.
   void whenDialogOpens(const std::function<void(QDialog&)>& answer) {
     QTimer::singleShot(0, [this, answer] {
       auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
@@ -74,7 +74,7 @@ class WindowTest : public FileTest {
       answer(*dialog);
     });
   }
-  /// Presses the button and chooses the folder, or cancels where none is given.
+  /// Clicks the button and chooses the folder in the dialog; cancels if `path` is empty.
   void choose(const char* button, const fs::path& path) {
     whenDialogOpens([path](QDialog& dialog) {
       if (path.empty()) return QTest::keyClick(&dialog, Qt::Key_Escape);
@@ -87,7 +87,7 @@ class WindowTest : public FileTest {
     line->setText(QString::fromStdString(path));
     QTest::keyClick(line, Qt::Key_Return);
   }
-  /// Builds a DigiFilm in full, with all three steps, and calls `act` at each of its yields.
+  /// Does all three steps, and calls `act` at each yield of the build.
   void build(const std::function<void()>& act) {
     choose("PushButton1", folder / "photos");
     choose("PushButton2", folder / "CD");
@@ -98,17 +98,17 @@ class WindowTest : public FileTest {
     click("PushButton3");
     atYields({});
   }
-  /// Presses Return in the message that opens next, and keeps its text.
+  /// Closes the next message with Return and stores its text in `message`.
   void closeMessage() {
     whenDialogOpens([this](QDialog& dialog) {
       QTest::qWait(50);
       const auto& box = dynamic_cast<QMessageBox&>(dialog);
       message = box.text().toStdString();
       EXPECT_EQ(box.textFormat(), Qt::PlainText);
-      EXPECT_FALSE(QGuiApplication::overrideCursor()) << "the pointer is busy over a message";
-      // A killed process takes a while to die.
+      EXPECT_FALSE(QGuiApplication::overrideCursor()) << "busy pointer during a message";
+      // A killed process may take a while to exit.
       const auto childless = [] { return ::waitpid(-1, nullptr, WNOHANG) == -1; };
-      EXPECT_TRUE(QTest::qWaitFor(childless)) << "a picture process runs behind a message";
+      EXPECT_TRUE(QTest::qWaitFor(childless)) << "the picture process runs during a message";
       QTest::keyClick(&dialog, Qt::Key_Return);
     });
   }
@@ -119,7 +119,7 @@ class WindowTest : public FileTest {
   std::string message;
 };
 
-TEST_F(WindowTest, EnablesEachStepOnceTheOnesBeforeItAreDone) {
+TEST_F(WindowTest, EnablesTheStepsInOrder) {
   const fs::path none, photos = folder / "<i>photos";
   fs::create_directory(photos);
   const QPushButton &first = control<QPushButton>("PushButton1"),
@@ -139,7 +139,7 @@ TEST_F(WindowTest, EnablesEachStepOnceTheOnesBeforeItAreDone) {
   EXPECT_TRUE(first.toolTip().endsWith("/&lt;i&gt;photos"));
 }
 
-TEST_F(WindowTest, TakesOnlyAFolderThatExists) {
+TEST_F(WindowTest, AcceptsOnlyExistingFolders) {
   whenDialogOpens([this](QDialog& dialog) {
     QObject::connect(&dialog, &QDialog::accepted, [this] { fs::remove_all(folder / "photos"); });
     type(dialog, folder / "photos");
@@ -153,7 +153,7 @@ TEST_F(WindowTest, TakesOnlyAFolderThatExists) {
   EXPECT_TRUE(dialogs == 3 && !Window1::Instance()->inFol);
 }
 
-TEST_F(WindowTest, AndItsFolderDialogAreFrenchForScreenReaders) {
+TEST_F(WindowTest, IsFrenchAndLabelledForScreenReaders) {
   for (const auto* label : frame->findChildren<QLabel*>())
     EXPECT_EQ(label->buddy()->objectName().back(), label->objectName().back());
   QStringList texts;
@@ -169,11 +169,11 @@ TEST_F(WindowTest, AndItsFolderDialogAreFrenchForScreenReaders) {
     EXPECT_TRUE(texts.contains(text)) << text << " is not in " << texts.join(", ").toStdString();
 }
 
-TEST_F(WindowTest, BuildsTheSameUnderAStormOfInputAndQuitsOnlyAfterTheMessage) {
+TEST_F(WindowTest, DiscardsInputDuringABuildAndQuitsAfterIt) {
   for (const char* name : {"a", "b"}) addPhoto(name, "plan [2005].bmp");
   BuildState calm{{{}, item(folder / "photos"), item(folder)}, nullptr};
   buildDigiFilm(calm);
-  bool letIn = false, dismissed = false;
+  bool processed = false, dismissed = false;
   const auto storm = [&] {
     EXPECT_TRUE(QGuiApplication::overrideCursor());
     QWidget* const focus = frame->focusWidget();
@@ -189,10 +189,10 @@ TEST_F(WindowTest, BuildsTheSameUnderAStormOfInputAndQuitsOnlyAfterTheMessage) {
     EXPECT_EQ(frame->focusWidget(), focus);
     QTest::qSleep(25);
     runtime.processPendingEvents();
-    // Return, still in the queue when the message comes, must not dismiss it.
+    // A Return that is still queued when the message opens must not close it.
     QTimer::singleShot(0, frame, [&] {
       QWidget* const dialog = QApplication::activeModalWidget();
-      letIn |= dialog == nullptr && !fs::exists(folder / "CD/DIGIFILM/autorun.inf");
+      processed |= dialog == nullptr && !fs::exists(folder / "CD/DIGIFILM/autorun.inf");
       dismissed |= dialog != nullptr;
       if (dialog) QTest::keyClick(dialog, Qt::Key_Return);
     });
@@ -205,24 +205,24 @@ TEST_F(WindowTest, BuildsTheSameUnderAStormOfInputAndQuitsOnlyAfterTheMessage) {
   };
   EXPECT_EQ(statusAfter(bothBuilds), 0);
   EXPECT_EQ(message, "Votre DigiFilm est créé !");
-  EXPECT_EQ(dialogs, 6) << "two folders and one message each time";
+  EXPECT_EQ(dialogs, 6) << "two folder dialogs and a message per build";
   EXPECT_EQ(contentsOf(folder / "CD/DIGIFILM"), contentsOf(folder / "DIGIFILM"));
-  EXPECT_TRUE(letIn && !dismissed) << "the desktop is let in, before the end";
+  EXPECT_TRUE(processed && !dismissed) << "events are processed before the end of the build";
 }
 
-TEST_F(WindowTest, SaysWhatToDoAboutAFailureAndEnds) {
+TEST_F(WindowTest, ShowsAFailureWithAdviceAndQuits) {
   write(folder / "photos/a", "");
   build([this] {
-    Window1::Instance()->FileQuit()->action().trigger();  // must not cost the message
+    Window1::Instance()->FileQuit()->action().trigger();  // must not prevent the message
     fs::remove_all(folder / "CD");
   });
   const char* const wanted =
       "DIGIFILM\u00A0»\u00A0: cet emplacement n’existe pas, ou plus.\n\nVérif";
   EXPECT_NE(message.find(wanted), std::string::npos) << message;
-  EXPECT_EQ(statusAfter([] { FAIL() << "the event loop was entered"; }), 1);
+  EXPECT_EQ(statusAfter([] { FAIL() << "the event loop ran"; }), 1);
 }
 
-TEST_F(WindowTest, HasAMenuThatIsEnabledWhenItIsShownOrAShortcutIsTried) {
+TEST_F(WindowTest, UpdatesItsMenuAndShowsTheAboutBox) {
   const auto window = Window1::Instance();
   EXPECT_TRUE(window == Window1::Instance() && !window->UntitledMenu0());
   QMenu* const menu = window->FichierMenu()->action().menu();

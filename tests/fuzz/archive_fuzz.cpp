@@ -3,16 +3,15 @@
 
 namespace orvelin::test {
 
-/// Any bytes as an archive: the unpacking ends, nothing appears outside the destination, nothing
-/// comes out that did not go in. The tree that comes out is the same when it is packed and unpacked
-/// once more.
+/// Unpacks any bytes as an archive: nothing is created outside the destination, and no more bytes
+/// come out than went in. The tree is the same after packing and unpacking it again.
 void attempt(const std::string& bytes, const fs::path& folder) {
-  // Deep enough for names that climb to show where they come out.
+  // Deep enough that names with ".." would stay in the scratch folder, where the test sees them.
   const fs::path archive = folder / "archive", tree = folder / "1/2/3/4/out";
   const GonfleurClass gonfleur;
   write(archive, bytes);
   fs::create_directories(tree);
-  // A count that lies is obeyed, in up to two thousand million empty passes: no need to wait.
+  // A wrong count causes up to two billion empty passes. Don't wait for them.
   int yields = 0;
   atYields([&] {
     if (++yields > 2000) throw NilObjectException({});

@@ -7,12 +7,12 @@
 
 namespace orvelin::test {
 
-/// Makes the input a find of the fuzzer, or fails the test.
+/// Throws if the condition is false, which fails the fuzzer or the test.
 inline void expect(bool holds, const char* what) {
   if (!holds) throw std::logic_error(what);
 }
 
-/// Tries one input in a scratch folder: what each fuzzer consists of.
+/// Tries one input in an empty folder. Each fuzzer defines it.
 void attempt(const std::string& bytes, const fs::path& folder);
 
 }  // namespace orvelin::test

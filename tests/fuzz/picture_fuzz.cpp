@@ -19,9 +19,8 @@ bool decodesCompletely(const fs::path& path) try {
 
 }  // namespace
 
-/// Any bytes as a photograph: if they open as a picture, they are taken exactly if a complete
-/// decode succeeds, and what is taken is encoded as a JFIF file, unless it is larger than a JPEG
-/// can be.
+/// Reads any bytes as a photograph. A picture is accepted if and only if it decodes completely; an
+/// accepted one is encoded as a JFIF file, unless it is too large for JPEG.
 void attempt(const std::string& bytes, const fs::path& folder) {
   startVips();
   write(folder / "file", bytes);
