@@ -5,7 +5,7 @@
 
 namespace orvelin {
 
-/// The class of the application object.
+/// The application object of this program.
 class App : public Application {
  public:
   /// The application object; nil before it is registered.

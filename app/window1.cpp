@@ -95,6 +95,7 @@ void Window1::AddMenuHandlers() {
 void Window1::Event_EnableMenuItems() { AppleApropos()->Enabled(true); }
 
 bool Window1::_AppleApropos_Action() {
+  // This text is fixed, errors included.
   std::string text =
       "Orvelin permet de créer, à partir d'un dossier photo, un dossier contenant la structure "
       "d'un DigiFilm© qui peut être graver pour optenir un CD DigiFilm©";

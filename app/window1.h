@@ -9,7 +9,7 @@
 namespace orvelin {
 
 /// The main window with its three numbered steps; each is enabled once the steps before it are
-/// done. The state of the builds, with the methods that use it, is inherited from BuildState.
+/// done. BuildState has the state that the steps set and a build uses.
 class Window1 : public Window, public BuildState {
  public:
   /// The main window; opens it if it is not open.
@@ -18,7 +18,7 @@ class Window1 : public Window, public BuildState {
   Ref<MenuItem> FichierMenu() const;
   Ref<AppleMenuItem> AppleApropos() const;
   Ref<QuitMenuItem> FileQuit() const;
-  /// Always nil: there is no such item.
+  /// Nil: the menu bar has no such item.
   Ref<MenuItem> UntitledMenu0() const;
 
  protected:
@@ -33,7 +33,8 @@ class Window1 : public Window, public BuildState {
   void PushButton1_Action();
   void PushButton2_Action();
   void PushButton3_Action();
-  /// Shows the about box. Returns false, which has no effect: there is no other handler to call.
+  /// Shows the about box. Returns false: the event is not consumed. Nobody reads that, since there
+  /// is no other handler.
   bool _AppleApropos_Action();
 
   /// Opens the folder dialog for the property, then enables the steps that can be done.

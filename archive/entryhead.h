@@ -21,7 +21,7 @@ namespace orvelin {
 //   modified, created   a double: seconds since 1904-01-01 00:00:00 in local time
 //   number              a signed 32-bit integer
 //
-// Tags are read in any letter case. Any other tag is an entry without a head or contents.
+// Tags are read in any letter case. An unknown tag counts as an entry, and has no head.
 
 inline constexpr std::string_view folderTag = "[FOLDER]";
 inline constexpr std::string_view fileTag = "[FILE]";

@@ -8,18 +8,18 @@
 
 namespace orvelin {
 
-/// Unpacks and packs folder archives; entryhead.h defines their format. Neither returns whether it
-/// was complete.
+/// Unpacks and packs folder archives; entryhead.h defines their format. The functions don't return
+/// whether they unpacked or packed everything.
 class GonfleurClass {
  public:
   /// Unpacks `archive` into the folder `destination`. Merges folders and replaces files that exist.
   /// Does nothing if either is nil, or if the archive is a folder or the destination is not. Throws
-  /// NilObjectException at an invalid name or a file that can't be created; earlier entries stay.
+  /// NilObjectException if a name is invalid or a file can't be created; keeps what is unpacked.
   void Gonfler(const Ref<FolderItem>& archive, const Ref<FolderItem>& destination) const;
 
   /// Packs the folder `source` and its contents into the file `archive`, replacing it. Does nothing
-  /// if either is nil, or if the source is no folder or the archive is one. A file that can't be
-  /// opened has no entry but is counted in its folder, so a reader takes the next entry for it.
+  /// if either is nil, or if `source` isn't a folder or `archive` is. A file that can't be opened
+  /// is counted but has no entry: when unpacked, the folder contains the next entry instead.
   void Degonfler(const Ref<FolderItem>& source, const Ref<FolderItem>& archive) const;
 
   /// Writes the entry of the folder, with its contents, to an archive. Check `archive.failed()`

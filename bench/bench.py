@@ -1,4 +1,4 @@
-"""Measures Orvelin and its peers in turn on the same files. Called by script/bench."""
+"""Runs Orvelin and other tools, its peers, in turn on the same files. Called by script/bench."""
 
 import os
 import re

@@ -7,7 +7,7 @@ namespace orvelin {
 
 namespace {
 
-/// Whether the folder is the application's bundle: its PkgInfo contains exactly these 8 bytes.
+/// Whether the folder is the application's bundle: its PkgInfo contains the signature only.
 bool isBundle(const FolderItem& folder) {
   const Ref<FolderItem> info = folder.Child("PkgInfo");
   if (!info) return false;

@@ -8,13 +8,14 @@
 
 namespace orvelin {
 
-/// The state that the window keeps for its builds.
+/// The window's state: what a build uses and what it keeps for the next one.
 struct BuildState : ScanState {
-  Ref<FolderItem> appFolder;  ///< the application's resource folder; nil until it is found
+  using ScanState::ScanState;
 
-  /// The item of that name, which may not exist, in the resource folder of the application. Nil,
-  /// and logged, if the application's bundle is not found. Searches for the bundle until it has
-  /// been found, then uses `appFolder`.
+  Ref<FolderItem> appFolder;  ///< the bundle's resource folder; nil until GetResource finds it
+
+  /// Returns the file `name` of the bundle's resource folder, whether it exists or not. If the
+  /// bundle is not found, logs that and returns nil. Keeps the resource folder in `appFolder`.
   Ref<FolderItem> GetResource(const std::string& name);
 };
 

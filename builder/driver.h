@@ -4,9 +4,9 @@
 
 namespace orvelin {
 
-/// Builds the DigiFilm of `state.inFol` in `state.outFol`, and sets `state.outFol` to the new
-/// folder DIGIFILM, so the next build is made inside it. Deletes nothing except the temporary files
-/// of a killed build. Returns false and does nothing if a folder is nil.
+/// Builds the DigiFilm of `state.inFol` in `state.outFol`. Sets `state.outFol` to the new folder
+/// DIGIFILM: a second build nests, on purpose. Deletes nothing except the temporary files of a
+/// killed build. Returns false and does nothing if a folder is nil.
 bool buildDigiFilm(BuildState& state);
 
 }  // namespace orvelin

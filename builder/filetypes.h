@@ -6,7 +6,8 @@
 
 namespace orvelin {
 
-/// A file type. Linux has no type and creator codes, so a type has no effect here.
+/// The type of a created file, on systems with type and creator codes. Linux has none, so nothing
+/// reads these.
 struct FileType {
   std::string Name;
   std::string Extensions;

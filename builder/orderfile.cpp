@@ -34,7 +34,7 @@ void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem) {
 
   const std::size_t count = tabItem.size();
   for (std::size_t i = 0; i < count; ++i) {
-    stream->Flush();  // a killed build lacks at most the record of its last picture
+    stream->Flush();  // if the build is killed, all placed pictures but the last have a record
     stream->Write(tabItem[i]->BuildData());  // also places the picture
     line("");
     line("");

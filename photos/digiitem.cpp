@@ -8,7 +8,7 @@ namespace orvelin {
 
 namespace {
 
-/// The child of that name; created as a folder if it does not exist.
+/// Returns the child `name`; creates it as a folder if it does not exist.
 Ref<FolderItem> subfolder(const FolderItem& parent, const std::string& name) {
   Ref<FolderItem> folder = parent.Child(name);
   if (!folder->Exists()) folder->CreateAsFolder();
@@ -19,8 +19,8 @@ Ref<FolderItem> subfolder(const FolderItem& parent, const std::string& name) {
 
 DigiItem::DigiItem(Ref<FolderItem> theFile, const Ref<FolderItem>& root, std::int32_t index)
     : theFol(std::move(theFile)), fileIndex(index + 1) {
-  // Numbers start at 1, so the first folder has one picture fewer than the others. All folder
-  // numbers are even.
+  // 51 pictures per folder; the first folder has 50, because fileIndex starts at 1. Folders are
+  // numbered 100, 102, 104...
   const double number = 100.0 + 2.0 * Floor(fileIndex / 51.0);
   retFolder = Str(number) + "k6230";
   ParentFolder = subfolder(*root, "dcim");
@@ -44,7 +44,7 @@ std::string DigiItem::record() const {
   text += "[Std]" + lineEnd;
   text += "QTY=1" + lineEnd;
   text += "FILE=" + folder + fileName() + lineEnd;
-  // The name of the source in the folder of the copy. No file of this name is written.
+  // The source's name in the folder of the copy, where no such file exists.
   text += "ORIGINAL=" + folder + theFol->Name() + lineEnd;
   text += "TIMESTAMP=" + dateToTimeStamp(theFol->ModificationDate());
   return text;
@@ -59,7 +59,7 @@ void DigiItem::placePicture() const {
 }
 
 std::string DigiItem::dateToTimeStamp(Date d) {
-  // This shifts the year and not the instant: month, day and time of day stay the same.
+  // Shift only the year, not the instant: month, day and time of day stay the same.
   d.Year(d.Year() - 66);
   return Lowercase("0x" + Hex(static_cast<std::int64_t>(Floor(d.TotalSeconds()))));
 }
@@ -71,7 +71,7 @@ bool DigiItem::isJPEG(const Ref<FolderItem>& f) {
     report(stream.why());
     return false;
   }
-  // Only these four letters count: a JPEG that starts with another segment is converted.
+  // Only bytes 6 to 9 count: a JPEG that starts with another segment is converted.
   stream->Read(6);
   return equalTexts(stream->Read(4), "JFIF");
 }

@@ -16,8 +16,8 @@ class DigiItem {
   /// folder "dcim" of `root`; throws NilObjectException if `root` is nil.
   DigiItem(Ref<FolderItem> theFile, const Ref<FolderItem>& root, std::int32_t index);
 
-  /// Places the picture on the DigiFilm and returns its record for the order file, which does not
-  /// depend on whether placing it succeeded.
+  /// Returns the record for the order file and places the picture: copies it if it is a JFIF file,
+  /// else converts it. The record is the same if placing fails.
   std::string BuildData() const;
 
  private:
@@ -25,7 +25,7 @@ class DigiItem {
   std::string record() const;
   void placePicture() const;
   static std::string dateToTimeStamp(Date d);
-  static bool isJPEG(const Ref<FolderItem>& f);
+  static bool isJPEG(const Ref<FolderItem>& f);  // whether it is a JFIF file
   static void copyAsJPEG(const Ref<FolderItem>& source, const Ref<FolderItem>& target);
 
   Ref<FolderItem> theFol;        // the source picture

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "photos/digiitem.h"
 #include "platform/core/folderitem.h"
 #include "platform/core/ref.h"
@@ -8,13 +10,18 @@ namespace orvelin {
 
 /// The two folders that the user chooses, and the pictures that the scan finds.
 struct ScanState {
-  DigiItems tabItem;       ///< the pictures of the last build
-  Ref<FolderItem> inFol;   ///< the photo folder; nil until it is chosen
-  Ref<FolderItem> outFol;  ///< the destination; after a build, the folder DIGIFILM in it
+  ScanState() = default;
+  ScanState(Ref<FolderItem> photos, Ref<FolderItem> destination)
+      : inFol(std::move(photos)), outFol(std::move(destination)) {}
+
+  DigiItems tabItem;      ///< the pictures of the running or last build
+  Ref<FolderItem> inFol;  ///< the photo folder; nil until it is chosen
+  Ref<FolderItem>
+      outFol;  ///< the destination; from the start of a build, the folder DIGIFILM in it
 
   /// Walks `folder` depth first, in the order of its listing, and appends an item to `tabItem` for
-  /// each file that opens as a picture; the items create their folders in `outFol`. Skips symlinks
-  /// back into a folder of the walk, endless chains of symlinks, and the temporary files of a
+  /// each file that opens as a picture. The items create their folders in `outFol`. Skips symlinks
+  /// to a folder that contains them, folders at more than 4096 levels, and the temporary files of a
   /// killed build. Throws NilObjectException if `folder` is nil.
   void BuildTab(const Ref<FolderItem>& folder);
 

@@ -26,7 +26,7 @@ bool isUnfinished(const FolderItem& file) {
 
 void deleteUnfinished(const FolderItem& root) {
   const Ref<FolderItem> dcim = root.Child("dcim");
-  // Item() resolves symlinks: an entry in another folder is not ours.
+  // Item() resolves symlinks. Skip those that lead elsewhere.
   const auto isIn = [](const FolderItem& entry, const FolderItem& folder) {
     return entry.Parent()->Path() == folder.Path();
   };

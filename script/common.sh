@@ -1,4 +1,4 @@
-# Functions for the scripts. To be sourced.
+# Functions for the scripts. Source this file.
 
 # usage ARGUMENTS: prints the script's usage, with the first line of its comment, and exits.
 usage() {

@@ -1,5 +1,5 @@
 # A virtual display with a window manager, and functions to run Orvelin on it with mouse, keyboard and
-# screenshots. To be sourced. $orvelin is the program; $out is the folder for screenshots and logs,
+# screenshots. Source this file. $orvelin is the program; $out is the folder for screenshots and logs,
 # which is emptied first.
 
 fail() {
@@ -49,7 +49,7 @@ wait_for_main() { wait_for '^Orvelin$'; }
 wait_for_dialog() { wait_for . "$main"; }
 # screenshot NAME
 screenshot() { import -window root "$out/$1.png"; }
-# click X Y: clicks that point of the window's content, which is at the bottom of the window.
+# click X Y: clicks a point of the window, relative to its content; the menu bar has a negative Y.
 click() {
   eval "$(xdotool getwindowgeometry --shell "$main")"
   xdotool mousemove --window "$main" \

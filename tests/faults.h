@@ -54,7 +54,7 @@ class Faults : public FileTest {
   /// Runs a build. Returns whether it ran to its end.
   bool build(const fs::path& destination) try {
     fs::create_directories(destination);
-    BuildState state{{{}, item(photos), item(destination)}, nullptr};
+    BuildState state(item(photos), item(destination));
     return buildDigiFilm(state);
   } catch (const NilObjectException&) {
     return false;

@@ -60,7 +60,7 @@ class Scan : public FileTest {
   /// Scans the folder `photos` and returns the original names of the pictures in order.
   Tree scanned() {
     fs::create_directory(folder / "out");
-    ScanState state{{}, nullptr, item(folder / "out")};
+    ScanState state(nullptr, item(folder / "out"));
     state.BuildTab(item(folder / "photos"));
     Tree names;
     for (const auto& digiItem : state.tabItem) {
@@ -111,7 +111,7 @@ TEST_F(Scan, ListsAFolderOnceAndChecksEachEntryAtItsTurn) {
 TEST_F(Scan, ListsFoldersAgainAppendsAndCreatesNothingWithoutPictures) {
   fs::create_directory(folder / "photos");
   const auto photos = item(folder / "photos");
-  ScanState state{{}, nullptr, item(folder)};
+  ScanState state(nullptr, item(folder));
   for (const std::size_t pictures : {0U, 1U, 3U}) {
     setTime(folder / "photos", 1'000'000'000);
     state.BuildTab(photos);

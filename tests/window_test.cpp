@@ -171,7 +171,7 @@ TEST_F(WindowTest, IsFrenchAndLabelledForScreenReaders) {
 
 TEST_F(WindowTest, DiscardsInputDuringABuildAndQuitsAfterIt) {
   for (const char* name : {"a", "b"}) addPhoto(name, "plan [2005].bmp");
-  BuildState calm{{{}, item(folder / "photos"), item(folder)}, nullptr};
+  BuildState calm(item(folder / "photos"), item(folder));
   buildDigiFilm(calm);
   bool processed = false, dismissed = false;
   const auto storm = [&] {

@@ -57,11 +57,12 @@ int main(int argc, char** argv) {
     return 1;
   };
   std::error_code error;
-  const fs::path source = fs::canonical(argv[1], error);  // gets the name of "." to store
+  const fs::path source = fs::canonical(argv[1], error);  // "." has no name to store
   FolderItem folder(source);
   if (error || !folder.Directory()) return fail(argv[1], "is not a folder");
   const fs::path target = fs::absolute(argv[2], error);
-  if (error || fs::is_directory(target, error)) return fail(argv[2], "is not a file");
+  if (error || fs::is_directory(target, error) || !target.has_filename())
+    return fail(argv[2], "is not a file");
   const auto removeArchive = [&] {
     if (fs::is_regular_file(target, error)) fs::remove(target, error);
   };

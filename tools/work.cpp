@@ -7,8 +7,8 @@
 
 using namespace orvelin;
 
-/// Builds, unpacks or packs without a window, for the tests and the benchmark. Paths are absolute;
-/// the destination must exist.
+/// Builds, unpacks or packs without a window, for the tests and the benchmark. Pass absolute paths.
+/// The destination folder must exist.
 int main(int argc, char** argv) try {
   secureStandardStreams();
   const std::string command = argc == 4 ? argv[1] : "";
@@ -20,9 +20,7 @@ int main(int argc, char** argv) try {
   }
   const Ref<FolderItem> from = GetFolderItem(argv[2]), to = GetFolderItem(argv[3]);
   if (command == "build") {
-    BuildState state;
-    state.inFol = from;
-    state.outFol = to;
+    BuildState state(from, to);
     buildDigiFilm(state);
   } else if (command == "unpack") {
     GonfleurClass().Gonfler(from, to);

@@ -15,7 +15,7 @@ constexpr const char* cannotWrite = "Impossible d’écrire tout le fichier";
 
 }  // namespace
 
-BinaryStream::BinaryStream(File file, std::filesystem::path path, Use use)
+BinaryStream::BinaryStream(File file, std::string path, Use use)
     : file_(std::move(file)), path_(std::move(path)), use_(use) {}
 
 BinaryStream::~BinaryStream() { Close(); }

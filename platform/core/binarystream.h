@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -10,13 +9,14 @@
 namespace orvelin {
 
 /// A buffered stream of bytes over a file that is open either for reading or for writing; the
-/// destructor closes it. A read past the end returns an empty string or zero and is no failure. The
-/// first failed read or write is logged; nothing more is written after it.
+/// destructor closes it. At the end of the file, reads return the bytes that are left, or the
+/// number zero. That is no failure. The first failed read or write is logged; nothing is written
+/// after it.
 class BinaryStream {
  public:
   enum class Use { Reading, Writing };
   /// Takes over the open file; `path` is used for log messages only.
-  BinaryStream(File file, std::filesystem::path path, Use use);
+  BinaryStream(File file, std::string path, Use use);
   BinaryStream(const BinaryStream&) = delete;
   BinaryStream& operator=(const BinaryStream&) = delete;
   ~BinaryStream();
@@ -26,8 +26,8 @@ class BinaryStream {
   /// Size of the file in bytes when it was opened.
   std::int64_t Length() const { return file_.size(); }
 
-  /// Reads `count` bytes, or as many as the file has left; none if `count` is negative. Does not
-  /// read ahead, as the typed reads do.
+  /// Reads `count` bytes, or as many as the file has left; none if `count` is negative. Reads no
+  /// more from the file than that; the typed reads below read ahead.
   std::string Read(std::int64_t count);
 
   /// Reads a length byte, then that many bytes.
@@ -44,7 +44,7 @@ class BinaryStream {
   void Flush();
   /// Whether a read or write has failed.
   bool failed() const { return failed_; }
-  /// Writes buffered bytes and closes the file. After that, reads return nothing and writes fail.
+  /// Writes buffered bytes and closes the file. Nothing can be read or written after that.
   void Close();
 
  private:
@@ -57,7 +57,7 @@ class BinaryStream {
   void writeNumber(std::uint64_t number, std::size_t width);
 
   File file_;
-  std::filesystem::path path_;
+  std::string path_;
   Use use_;
   std::string readAhead_;
   std::size_t taken_ = 0;  // bytes of readAhead_ that are consumed

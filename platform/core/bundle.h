@@ -7,7 +7,7 @@ namespace orvelin {
 /// The application's bundle, the folder `Orvelin.app`. Derived from the executable's path, so it
 /// does not depend on the current directory or on symlinks.
 std::filesystem::path bundleFolder();
-/// The path of a resource in the bundle, by its path relative to `Contents/Resources`.
+/// Returns `Contents/Resources/PATH` in the bundle.
 std::filesystem::path bundleResource(const std::filesystem::path& path);
 
 }  // namespace orvelin

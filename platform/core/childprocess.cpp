@@ -15,7 +15,7 @@ namespace orvelin {
 
 ChildProcess::ChildProcess(const std::filesystem::path& program, const Descriptor& input,
                            const Descriptor& output) {
-  while (::waitpid(-1, nullptr, WNOHANG) > 0) {  // reap those that ~ChildProcess() didn't
+  while (::waitpid(-1, nullptr, WNOHANG) > 0) {  // reap processes that ~ChildProcess() left
   }
   posix_spawn_file_actions_t actions;
   ::posix_spawn_file_actions_init(&actions);
@@ -39,7 +39,7 @@ ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept {
 ChildProcess::~ChildProcess() {
   if (pid_ == 0 || error_ != 0) return;
   ::kill(pid_, SIGKILL);
-  // A process in a read from a failed disk can't be killed. Don't wait for it: the next
+  // A process in a read from a failed disk can't be killed, so wait 10 ms at most. The next
   // ChildProcess reaps it.
   for (int waits = 0; waits < 10 && ::waitpid(pid_, nullptr, WNOHANG) == 0; ++waits)
     ::poll(nullptr, 0, 1);

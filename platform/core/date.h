@@ -18,7 +18,7 @@ class Date {
   /// leap year.
   void Year(int year);
 
-  /// Calendar seconds since 1904-01-01 00:00:00, without regard to time zone or summer time.
+  /// Seconds since 1904-01-01 00:00:00, counted as if each day had 24 hours.
   double TotalSeconds() const { return totalSeconds_; }
   void TotalSeconds(double seconds) { totalSeconds_ = seconds; }
 

@@ -5,10 +5,10 @@
 
 namespace orvelin {
 
-/// An operation that failed, in French, for the user and the log.
+/// Describes a failed operation in French, for the user and the log.
 struct Failure {
   std::string action;    ///< "Impossible de créer le fichier"
-  std::string path;      ///< the file's path as bytes; empty if no file is concerned
+  std::string path;      ///< of the file, as bytes; may be empty
   std::string reason;    ///< "espace insuffisant"
   std::string advice{};  ///< a sentence on what the user can do; may be empty
 
@@ -18,11 +18,11 @@ struct Failure {
   std::string text() const;
 };
 
-/// Logs an ignored failure to stderr, on one line. Logs equal lines once: in a read-only folder
-/// every picture fails with the same one.
+/// Logs a failure to stderr, on one line. Logs equal lines only once: in a read-only folder every
+/// picture gives the same one.
 void report(const Failure& failure);
 void report(const std::string& sentence);
-/// Forgets the logged lines, at the start of a build.
+/// Forgets which lines were logged, so that the next build logs them again.
 void forgetReports();
 
 /// Thrown when nil is used as an object; carries the reason of the nil.

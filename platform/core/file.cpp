@@ -97,9 +97,9 @@ bool File::write(std::string_view bytes) {
 }
 
 bool File::appendRestOf(File& source) {
-  // Small: on a slow memory card the window waits for each step.
+  // Small, because the window repaints only between two steps.
   constexpr std::size_t step = std::size_t{1} << 18;
-  // Stops at the end of the file or on an error; the loop below then gets the same result.
+  // This may stop before the end, and fails on some file systems. The loop below copies the rest.
   while (::copy_file_range(source.descriptor_, nullptr, descriptor_, nullptr, step, 0) > 0)
     RuntimeBackgroundTask();
   std::vector<char> block(step);
@@ -122,7 +122,7 @@ void File::copyTimeOf(const File& source) {
   struct stat status = {};
   if (::fstat(source.descriptor_, &status) != 0) return;
   const timespec times[] = {{0, UTIME_OMIT}, status.st_mtim};
-  // Fails on memory cards and shares of another owner; the copy is complete all the same.
+  // Ignore failure: some memory cards and shares refuse it.
   ::futimens(descriptor_, times);
 }
 

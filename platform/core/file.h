@@ -36,9 +36,8 @@ class File {
   std::size_t readSome(char* bytes, std::size_t count);
   /// Writes all the bytes. Returns false on failure.
   bool write(std::string_view bytes);
-  /// Appends the unread rest of `source`. Returns false on failure; a read error of `source` is
-  /// copied to this file's `error`, and is ESTALE if `source` was truncated. Runs the background
-  /// task.
+  /// Appends the unread rest of `source`. Returns false on failure. A read error sets `error` of
+  /// both files; it is ESTALE if `source` was truncated. Runs the background task.
   bool appendRestOf(File& source);
   /// Truncates the file to nothing and resets `error`.
   void clear();
@@ -59,9 +58,8 @@ class File {
   std::int64_t size_;
 };
 
-/// Writes a file that appears under its name whole or not at all: as a hidden temporary file
-/// `.NAME.orvelin` in the same folder, which `commit` renames. Replaces a temporary file that a
-/// killed program left.
+/// Writes a file atomically: to the hidden temporary file `.NAME.orvelin` in the same folder, which
+/// `commit` renames. Replaces a temporary file that a killed program left.
 class WholeFile {
  public:
   explicit WholeFile(const std::filesystem::path& path);

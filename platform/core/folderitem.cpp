@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "platform/core/bundle.h"
+#include "platform/core/file.h"
 
 namespace orvelin {
 
@@ -29,7 +30,7 @@ bool isWritable(const fs::path& folder) {
   return ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-/// The `errno` value for which the folder could not be created; ENOENT if that is unknown.
+/// Guesses why the folder could not be created. Returns an `errno` value; ENOENT if unknown.
 int whyMissing(const fs::path& folder) {
   const fs::path above = folder.parent_path();
   struct statvfs disk = {};
@@ -37,8 +38,8 @@ int whyMissing(const fs::path& folder) {
   return disk.f_bavail == 0 || (disk.f_files > 0 && disk.f_favail == 0) ? ENOSPC : ENOENT;
 }
 
-// The next two functions name the folder if it is the cause, so that its files all give the same
-// line, which is logged once.
+// If the folder is the cause, the next two functions name the folder instead of the file: its files
+// then all give the same line, which is logged once.
 
 /// Why a file could not be opened for reading.
 Failure whyNotRead(const fs::path& path, int error) {
@@ -64,8 +65,11 @@ Failure whyNotWritten(const std::string& action, const fs::path& path, int error
 
 }  // namespace
 
-FolderItem::FolderItem(const fs::path& path)
-    : path_(path.has_filename() ? path : path.parent_path()) {}
+FolderItem::FolderItem(fs::path path) : path_(std::move(path)) {
+  if (!path_.has_filename()) path_ = path_.parent_path();
+}
+
+std::string FolderItem::Name() const { return path_.has_filename() ? path_.filename() : path_; }
 
 bool FolderItem::Exists() const { return status(path_, STATX_TYPE).has_value(); }
 
@@ -105,12 +109,12 @@ Ref<FolderItem> FolderItem::Child(const std::string& name) const {
   const bool isName = !name.empty() && name != "." && name != ".." &&
                       name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
   if (!isName)
-    return Failure{"Impossible de désigner « " + name + " » dans", path_,
+    return Failure{"Impossible de désigner «\u00A0" + name + "\u00A0» dans", path_,
                    "ce nom ne convient pas à un élément"};
-  const fs::path path = path_ / name;
+  fs::path path = path_ / name;
   if (name.size() > NAME_MAX || path.native().size() >= PATH_MAX)
     return Failure::ofSystem("Impossible de désigner l’élément", path, ENAMETOOLONG);
-  return makeRef<FolderItem>(path);
+  return makeRef<FolderItem>(std::move(path));
 }
 
 Ref<FolderItem> FolderItem::Parent() const { return makeRef<FolderItem>(path_.parent_path()); }
@@ -130,7 +134,7 @@ Ref<FolderItem> FolderItem::Item(int index) {
   std::error_code error;
   if (fs::is_symlink(path, error))
     if (const fs::path target = fs::canonical(path, error); !error) path = target;
-  return makeRef<FolderItem>(path);
+  return makeRef<FolderItem>(std::move(path));
 }
 
 void FolderItem::CreateAsFolder() const {
@@ -147,13 +151,13 @@ void FolderItem::CreateAsFolder() const {
 Ref<BinaryStream> FolderItem::CreateBinaryFile(const std::string&) const {
   File file = File::createInPlace(path_);
   if (!file.isOpen()) return whyNotWritten("Impossible de créer le fichier", path_, file.error());
-  return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Writing);
+  return makeRef<BinaryStream>(std::move(file), path_.native(), BinaryStream::Use::Writing);
 }
 
 Ref<BinaryStream> FolderItem::OpenAsBinaryFile() const {
   File file = File::openToRead(path_);
   if (!file.isOpen()) return whyNotRead(path_, file.error());
-  return makeRef<BinaryStream>(std::move(file), path_, BinaryStream::Use::Reading);
+  return makeRef<BinaryStream>(std::move(file), path_.native(), BinaryStream::Use::Reading);
 }
 
 Ref<Picture> FolderItem::OpenAsPicture() const {

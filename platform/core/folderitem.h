@@ -14,16 +14,16 @@
 
 namespace orvelin {
 
-/// A file or folder on disk, which may not exist yet. Names are the file system's bytes, without an
-/// encoding.
+/// The path of a file or folder, which need not exist. Names are the file system's bytes, without
+/// an encoding.
 class FolderItem {
  public:
-  explicit FolderItem(const std::filesystem::path& path);
+  /// Ignores a slash at the end of the path.
+  explicit FolderItem(std::filesystem::path path);
 
-  /// Without a slash at the end.
   const std::filesystem::path& Path() const { return path_; }
-  /// The last component of the path.
-  std::string Name() const { return path_.filename(); }
+  /// The last component of the path; "/" for the root.
+  std::string Name() const;
   /// Whether it exists; false for a dangling symlink.
   bool Exists() const;
   /// Whether it is a folder, or a symlink to one.
@@ -37,8 +37,8 @@ class FolderItem {
   /// system has no creation time, returns the modification time.
   Date ModificationDate() const;
   Date CreationDate() const;
-  /// If the name is that of a temporary file of CopyFileTo or SaveAsJPEG, the name of the file that
-  /// it would have become; else empty.
+  /// If this is named like a temporary file of CopyFileTo or SaveAsJPEG, the final name of that
+  /// file; else empty.
   std::string targetName() const;
 
   /// The entry of that name in this folder, which may not exist. Nil if no entry can have the name:
@@ -53,8 +53,8 @@ class FolderItem {
   /// target; a dangling one gives an item that does not exist.
   Ref<FolderItem> Item(int index);
 
-  /// Creates the folder. Logs a failure, except if the folder exists already, or if the parent is
-  /// missing: the failure to create the parent was logged.
+  /// Creates the folder. Logs a failure, except if the folder exists, or if the parent is missing
+  /// or a file: writing there will fail too and be reported.
   void CreateAsFolder() const;
   /// Creates or truncates the file and opens it for writing; nil on failure. Replaces a symlink, or
   /// a file that can't be opened for writing, with a new file. `fileType` has no effect: Linux has
@@ -62,13 +62,13 @@ class FolderItem {
   Ref<BinaryStream> CreateBinaryFile(const std::string& fileType) const;
   /// Opens the file for reading; nil on failure, and if it is not a regular file.
   Ref<BinaryStream> OpenAsBinaryFile() const;
-  /// Opens the file as a picture; nil if it is none. See Picture for what is decoded when.
+  /// Opens the file as a picture and inspects its header; see Picture::read. Nil, and logged, also
+  /// if it can't be opened.
   Ref<Picture> OpenAsPicture() const;
-  /// Writes the picture to this file as JPEG, whole or not at all, replacing an older file. Logs a
-  /// failure.
+  /// Writes the picture to this file as JPEG, atomically, replacing an older file. Logs a failure.
   void SaveAsJPEG(const Ref<Picture>& picture) const;
-  /// Copies content and modification time to `target`, whole or not at all, replacing an older
-  /// file. `target` may be this file. Logs a failure.
+  /// Copies content and modification time to `target`, atomically, replacing an older file.
+  /// `target` may be this file. Logs a failure.
   void CopyFileTo(const Ref<FolderItem>& target) const;
   /// Deletes the file. Logs a failure.
   void Delete() const;

@@ -16,8 +16,8 @@ class Listing {
   explicit Listing(std::filesystem::path folder);
 
   const std::vector<std::string>& names() const { return names_; }
-  /// Whether the folder is known to be unchanged, by its ctime. False if listing failed, and if the
-  /// last change is so recent that another one may have the same ctime.
+  /// Whether the folder has certainly not changed: its ctime is the same. False if listing failed,
+  /// or if the last change is so recent that another one may have the same ctime.
   bool isCurrent() const;
 
  private:

@@ -45,7 +45,7 @@ Ref<Picture> Picture::read(File file, const std::filesystem::path& path) {
   static std::uint32_t lastNumber = 0;
   const std::uint32_t number = ++lastNumber;
   const PictureAnswer answer = askPictureProcess({PictureOperation::Inspect, number}, file);
-  if (answer.done()) return makeRef<Picture>(std::move(file), path, number);
+  if (answer.succeeded()) return makeRef<Picture>(std::move(file), path, number);
   Failure failure = failureFor(answer, "Image ignorée", path);
   if (answer.verdict != PictureVerdict::NoPicture) report(failure);
   return failure;
@@ -53,17 +53,17 @@ Ref<Picture> Picture::read(File file, const std::filesystem::path& path) {
 
 bool Picture::decodes() const {
   const PictureAnswer answer = askPictureProcess({PictureOperation::Decode, number_}, file_);
-  if (!answer.done()) report(failureFor(answer, "Image ignorée", path_));
-  return answer.done();
+  if (!answer.succeeded()) report(failureFor(answer, "Image ignorée", path_));
+  return answer.succeeded();
 }
 
 bool Picture::encodeAsJPEG(File& jpeg) const {
   const PictureAnswer answer = askPictureProcess({PictureOperation::Encode, number_}, file_, &jpeg);
   if (answer.verdict == PictureVerdict::Suspect)
     report(failureFor(answer, "Image à vérifier", path_));
-  else if (!answer.done())
+  else if (!answer.succeeded())
     report(failureFor(answer, "Impossible de convertir l’image", path_));
-  return answer.done();
+  return answer.succeeded();
 }
 
 }  // namespace orvelin

@@ -9,25 +9,24 @@
 
 namespace orvelin {
 
-/// An open picture file. Only the picture process reads and decodes it: each method sends a request
-/// to it.
+/// An open picture file. Each method asks the picture process, which reads and decodes the file.
 class Picture {
  public:
-  /// Inspects the header of an open file. Nil if the format is unknown; also nil, and logged, if
-  /// the header can't be read, or if the picture is a camera raw, has unknown colours, or needs
-  /// more memory than a real photograph. `path` is used for log messages only.
+  /// Has the header of an open file inspected. Returns nil if the file can't be accepted, with the
+  /// reason; logs that, unless the format is unknown. `path` is used for log messages only.
   static Ref<Picture> read(File file, const std::filesystem::path& path);
 
-  /// Use `read`.
+  /// For makeRef; call `read` instead.
   Picture(File file, std::filesystem::path path, std::uint32_t number)
       : file_(std::move(file)), path_(std::move(path)), number_(number) {}
 
   /// Whether the picture decodes; logs why not. Decodes no more than is needed to know.
   bool decodes() const;
 
-  /// Appends the picture as a JFIF file to `jpeg`, an empty file: as a viewer shows it, the first
-  /// frame upright in 8-bit sRGB, transparent parts on white. Returns false, and logs why, if the
-  /// picture can't be decoded or encoded. If writing fails, returns true with `jpeg.error()` set.
+  /// Writes the picture as a JFIF file to `jpeg`, an empty file: as a viewer shows it, the first
+  /// frame upright in 8-bit sRGB or grey, transparent parts on white. Returns false, and logs why,
+  /// if the picture can't be decoded or encoded. If writing fails, returns true and sets
+  /// `jpeg.error()`.
   bool encodeAsJPEG(File& jpeg) const;
 
  private:

@@ -7,8 +7,8 @@
 
 namespace orvelin {
 
-/// Limit for the memory that decoding a picture needs, its file included, and for the resulting
-/// JPEG. A TIFF of 100 megapixels with 16 bits and transparency that must be rotated fits.
+/// Limit for the memory that decoding a picture needs, including its file, and for the size of the
+/// JPEG. Enough for a 100-megapixel 16-bit TIFF with transparency that must be rotated.
 inline constexpr std::uint64_t maxPictureBytes = std::uint64_t{2} << 30;
 
 /// Stdin of the picture process: a SOCK_SEQPACKET socket for one request and one answer at a time.
@@ -50,13 +50,12 @@ struct PictureAnswer {
   std::int32_t error = 0;       ///< an `errno` value, for `NotRead`
   std::uint64_t jpegBytes = 0;  ///< number of bytes written to the pipe
 
-  /// Whether the operation succeeded.
-  bool done() const {
+  bool succeeded() const {
     return verdict == PictureVerdict::Good || verdict == PictureVerdict::Suspect;
   }
 };
 
-/// Sends a message. Returns false if the peer has closed its end.
+/// Sends a message. Returns false on failure, such as a closed peer.
 bool sendRequest(int socket, PictureRequest request, int file);
 bool sendAnswer(int socket, const PictureAnswer& answer);
 

@@ -85,7 +85,7 @@ std::string PictureProcess::start() {
   // Close our copies of its ends: otherwise we don't see EOF when it dies.
   itsSocket = Descriptor();
   itsPipe = Descriptor();
-  return awaitAnswer(nullptr).done() ? "" : "il s’est arrêté aussitôt";
+  return awaitAnswer(nullptr).succeeded() ? "" : "il s’est arrêté aussitôt";
 }
 
 PictureAnswer PictureProcess::awaitAnswer(File* jpeg) {
@@ -106,7 +106,7 @@ PictureAnswer PictureProcess::awaitAnswer(File* jpeg) {
     } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
       return crashed;
     } else if (answer) {
-      const bool empty = jpeg != nullptr && answer->done() && received == 0;
+      const bool empty = jpeg != nullptr && answer->succeeded() && received == 0;
       return answer->jpegBytes == received && !empty ? *answer : crashed;
     }
     if (const auto limit = exceededLimit()) return {*limit};

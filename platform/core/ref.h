@@ -12,7 +12,7 @@ namespace orvelin {
 ///     const Ref<FolderItem> child = folder->Child(name);
 ///     if (!child) return report(child.why());        // test for nil and log the reason
 ///     child->CreateAsFolder();                       // or use it: nil throws NilObjectException
-///     return Failure{"Impossible de …", path, why};  // a function that returns a Ref returns nil
+///     return Failure{"Impossible de …", path, why};  // returns nil with this reason
 ///     return openWindow(name).as<Window1>();         // nil too if it is another kind of window
 template <class T>
 class Ref {

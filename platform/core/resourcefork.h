@@ -6,8 +6,8 @@
 
 namespace orvelin {
 
-/// The application's resources: bytes by a four-character type and a number, stored in the bundle
-/// as `Contents/Resources/TYPE/NUMBER`.
+/// The application's resources, each identified by a four-character type and a number: the files
+/// `Contents/Resources/TYPE/NUMBER` of the bundle.
 class ResourceFork {
  public:
   /// The resource's bytes; empty, and logged, if there is no such resource.

@@ -3,7 +3,8 @@
 namespace orvelin {
 
 /// Opens /dev/null as stdin, stdout and stderr where they are closed, so that no other file gets
-/// their numbers, and ignores SIGPIPE. Every program calls it first.
+/// their numbers, and ignores SIGPIPE. To be called first in main(), except by the picture process,
+/// which gets its streams from Orvelin.
 void secureStandardStreams();
 
 }  // namespace orvelin

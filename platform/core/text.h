@@ -8,7 +8,7 @@ namespace orvelin {
 
 /// The byte with that code, 0 to 255.
 std::string Chr(int code);
-/// An integer value in decimal.
+/// `number` in decimal, without its fraction.
 std::string Str(double number);
 /// `number` in decimal, zero-padded to at least the length of `zeros`; never cut.
 std::string Format(std::int64_t number, std::string_view zeros);
@@ -18,7 +18,7 @@ std::string Hex(std::int64_t number);
 std::string Lowercase(std::string text);
 /// The largest integer not greater than `number`.
 double Floor(double number);
-/// Compares texts byte by byte, ignoring ASCII case. The program compares all texts with it.
+/// Whether the texts are equal, ignoring ASCII case. For tags, signatures and marks in files.
 bool equalTexts(std::string_view a, std::string_view b);
 
 }  // namespace orvelin

@@ -21,7 +21,7 @@ std::vector<std::filesystem::path> removableVolumes(const std::filesystem::path&
     if (folder.starts_with("/media/") || folder.starts_with("/run/media/"))
       volumes.emplace_back(folder);
   }
-  std::ranges::sort(volumes);
+  std::ranges::sort(volumes, {}, &std::filesystem::path::native);
   return volumes;
 }
 

@@ -2,8 +2,7 @@
 
 namespace orvelin {
 
-/// Which mechanisms are in effect; a kernel or a container may lack either. Resource limits always
-/// are.
+/// The mechanisms in effect. A kernel or a container may lack them; resource limits always apply.
 struct Confinement {
   bool files = false;  ///< Landlock: no path can be opened, created or changed
   bool calls = false;  ///< seccomp: only the system calls that decoding needs

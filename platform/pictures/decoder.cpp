@@ -23,8 +23,8 @@ VImage upright(const VImage& image) {
   return isRotated(image) ? image.copy_memory().autorot() : image;
 }
 
-/// Maximum memory in bytes that decoding needs: for the file (even if it isn't read whole), in its
-/// decoder, and for the 8-bit pixels of a picture that must be rotated.
+/// The maximum memory in bytes that decoding needs: the size of the file, the decoder's copies of
+/// the picture, and the 8-bit pixels if it must be rotated.
 std::uint64_t memoryFor(const VImage& image, std::uint64_t fileSize, int copies) {
   const auto product = [](auto... sizes) { return (static_cast<std::uint64_t>(sizes) * ...); };
   const std::uint64_t pixels = product(image.width(), image.height());
@@ -32,7 +32,7 @@ std::uint64_t memoryFor(const VImage& image, std::uint64_t fileSize, int copies)
   return fileSize + product(held, copies) + (isRotated(image) ? 3 * pixels : 0);
 }
 
-/// Passes encoded bytes to `write` and inserts the JFIF segment, which libvips omits.
+/// Passes encoded bytes to `write` and inserts the JFIF segment if libvips omits it.
 class JpegTarget {
  public:
   explicit JpegTarget(const WriteJpeg& write)

@@ -21,8 +21,8 @@ class Decoder {
   /// Inspects the header.
   explicit Decoder(Descriptor file);
 
-  /// Inspect returns the verdict on the header. After that, if it was `Good`, one other operation
-  /// can be performed; Encode calls `write`.
+  /// Inspect returns the verdict on the header. If that is `Good`, either Decode or Encode can be
+  /// performed, once. Encode calls `write`.
   PictureAnswer perform(PictureOperation operation, const WriteJpeg& write);
 
  private:

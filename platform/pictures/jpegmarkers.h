@@ -10,9 +10,9 @@ namespace orvelin {
 inline constexpr std::string_view jfifSegment{
     "\xFF\xE0\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 18};
 
-/// The number of scans if a decoder must read them all before it can return the first line; it then
-/// holds the coefficients of the whole picture, and each scan costs a pass over it. 0 if the
-/// picture decodes line by line from its first scan; the file is then read only up to that scan.
+/// Returns how many scans a decoder must read before it can return the first line. Each costs a
+/// pass over the whole picture, whose coefficients the decoder holds. Returns 0 if the first scan
+/// can be decoded line by line; reads the file no further than that scan's header then.
 int countBufferedScans(PictureFile& jpeg);
 
 }  // namespace orvelin

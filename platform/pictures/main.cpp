@@ -21,10 +21,11 @@ using namespace orvelin;
 
 namespace {
 
-// Large, so that each write wakes up Orvelin for many bytes.
+// Large, so that Orvelin wakes up rarely.
 char pipeBuffer[1 << 18];
 
-/// Performs requests. Keeps a Decoder from an inspection to the next request for the same picture.
+/// Performs requests. If the next request after an inspection is for the same picture, it uses the
+/// same Decoder.
 class Worker {
  public:
   PictureAnswer answerTo(ReceivedRequest received) {
@@ -47,7 +48,7 @@ class Worker {
   std::uint32_t picture_ = 0;
 };
 
-/// Initializes everything that needs to read files, then gives up the right to.
+/// Initializes everything that reads files, then gives up all rights.
 bool start() {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (!startVips()) return false;
@@ -58,7 +59,7 @@ bool start() {
 
 }  // namespace
 
-/// Answers requests until Orvelin closes the socket.
+/// Answers requests until Orvelin closes the socket or an error occurs.
 int main() {
   struct stat status = {};
   if (::fstat(pictureSocket, &status) != 0 || !S_ISSOCK(status.st_mode)) {

@@ -78,7 +78,7 @@ constexpr PictureFormat formats[] = {
      .shown = withoutSpareBands},
 };
 
-bool isIn(const PictureFormat& format, std::string_view head) {
+bool matches(const PictureFormat& format, std::string_view head) {
   if (format.signatures.empty()) {
     const auto source = vips::VSource::new_from_memory(head.data(), head.size());
     return vips_foreign_is_a_source(format.loader, source.get_source()) != 0;
@@ -92,7 +92,7 @@ bool isIn(const PictureFormat& format, std::string_view head) {
 const PictureFormat* formatOf(std::string_view head) {
   if (head.empty()) return nullptr;  // libvips can't make an empty source
   const auto* format =
-      std::ranges::find_if(formats, [&](const auto& row) { return isIn(row, head); });
+      std::ranges::find_if(formats, [&](const auto& row) { return matches(row, head); });
   return format == std::end(formats) ? nullptr : format;
 }
 

@@ -21,11 +21,10 @@ struct PictureFormat {
   const char* loader = nullptr;
   /// The possible first bytes of a file. Empty if libvips recognises the format.
   std::span<const std::string_view> signatures = {};
-  /// Whether to read the whole file before loading it: the loader would do so itself, or aborts the
-  /// process if a read fails.
+  /// Whether to read the whole file first: the loader would do so too, or would abort the process
+  /// if a read fails.
   bool whole = false;
-  /// Whether decoding fails at the beginning or not at all, so that the first line shows whether a
-  /// picture decodes: damage after it causes a warning only.
+  /// Whether a picture decodes if its first line does: damage after it only causes a warning.
   bool failsAtOnce = false;
   /// Whether the loader fails after many warnings, unless its option `unlimited` is set.
   bool givesUp = false;

@@ -16,11 +16,11 @@ void warnOfDamage(const char* text);
 
 /// Collects the warnings that libvips logs while this object exists. They are not printed.
 ///
-/// Loaders warn of damage that they ignore: GIF when it opens the file, JPEG when its image is
-/// freed, the others while they decode. Other warnings on opening don't concern pixels, such as
-/// those of an unknown tag or a wrong profile, and are repeated during decoding. So a warning whose
-/// text is new during decoding means damage. Texts are compared but not parsed: libvips translates
-/// them.
+/// They show whether a picture is damaged. The loader of GIF warns of damage when it opens the
+/// file, that of JPEG when its image is freed, the others while they decode. When they open a file,
+/// the others only warn of metadata, such as an unknown tag, and repeat these warnings while they
+/// decode. So call `ignorePast` after opening: a new text then means damage. Texts are compared but
+/// not parsed, because libvips translates them.
 class DecoderWarnings {
  public:
   DecoderWarnings();

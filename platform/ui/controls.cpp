@@ -16,12 +16,12 @@ namespace {
 QFont fontOf(const Appearance& appearance) {
   QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
   if (appearance.font != "System") font.setFamily(QString::fromStdString(appearance.font));
-  font.setPixelSize(appearance.size);  // the toolkit's own points depend on the screen
+  font.setPixelSize(appearance.size);  // Qt's points depend on the screen
   font.setBold(appearance.bold);
   return font;
 }
 
-/// A button that Return and Enter press. QPushButton accepts them only as the default button.
+/// A button that Return and Enter press. A QPushButton accepts them only if it is the default.
 class Button : public QPushButton {
  public:
   using QPushButton::QPushButton;
@@ -55,7 +55,7 @@ void RectControl::Enabled(bool enabled) { widget_->setEnabled(enabled); }
 void RectControl::describe(const std::string& text) {
   const QString plain = QString::fromStdString(text);
   widget_->setAccessibleDescription(plain);
-  // The toolkit would interpret a file name such as <b> as markup.
+  // Qt would interpret a file name such as <b> as markup.
   widget_->setToolTip("<p style='white-space:pre'>" + plain.toHtmlEscaped());
 }
 

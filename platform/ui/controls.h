@@ -8,8 +8,8 @@ class QWidget;
 
 namespace orvelin {
 
-/// The initial state of a control. Sizes and positions are in points, 72 per inch of a standard
-/// screen, from the top left of the window's content.
+/// The initial state of a control. Sizes and positions are in points, which are Qt's
+/// device-independent pixels, from the top left of the window's content.
 struct Appearance {
   int left;
   int top;

@@ -25,8 +25,8 @@ QWidget* mainWindow() {
   return nullptr;
 }
 
-/// The path of a file URL. Exact to the byte: the toolkit's own decoding loses names that are not
-/// valid UTF-8. Empty for another kind of URL, or another machine.
+/// The path of a file URL, byte by byte: QUrl::toLocalFile loses names that are not valid UTF-8.
+/// Empty for another kind of URL, or another machine.
 std::filesystem::path pathOf(const QUrl& url) {
   if (!url.isLocalFile() || !url.host().isEmpty()) return {};
   return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
@@ -49,8 +49,8 @@ void addRemovableVolumes(QFileDialog& dialog) {
 
 Ref<FolderItem> SelectFolder() {
   const Runtime::DialogScope scope;
-  // Without a folder, the second dialog would start in the photo folder. Without a title, the
-  // dialogs of some desktops have none.
+  // Set the folder: otherwise the second dialog would start in the photo folder. Set the title:
+  // some desktops have no default.
   QFileDialog dialog(mainWindow(), "Choisir un dossier", QDir::homePath());
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
@@ -61,7 +61,7 @@ Ref<FolderItem> SelectFolder() {
     const QUrl url = dialog.selectedUrls().constFirst();
     auto folder = makeRef<FolderItem>(pathOf(url));
     if (folder->Directory()) return folder;
-    // Some desktops return a path that doesn't exist. Use the text of the toolkit's own dialog.
+    // Some desktops return a path that doesn't exist. Use the text of Qt's own dialog.
     const QString notFound = QFileDialog::tr(
         "%1\nDirectory not found.\nPlease verify the correct directory name was given.");
     QMessageBox::warning(mainWindow(), dialog.windowTitle(), notFound.arg(url.fileName()));

@@ -11,8 +11,8 @@ namespace orvelin {
 /// the user cancels.
 Ref<FolderItem> SelectFolder();
 
-/// Shows a plain text, in UTF-8, in a modal box with one button and waits until the user closes it.
-/// Lines end with carriage returns.
+/// Shows a modal message box with one button and waits until the user closes it. `text` is plain
+/// text in UTF-8; carriage returns separate lines.
 void MsgBox(const std::string& text);
 
 }  // namespace orvelin

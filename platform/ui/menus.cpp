@@ -29,7 +29,7 @@ MenuItem::~MenuItem() = default;
 void MenuItem::Text(const std::string& text) { action_->setText(QString::fromStdString(text)); }
 
 void MenuItem::KeyboardShortcut(const std::string& shortcut) {
-  // The toolkit's name for the command key is Ctrl on every platform.
+  // Qt calls the command key Ctrl on every platform.
   action_->setShortcut(QKeySequence(QString::fromStdString(shortcut).replace("Cmd", "Ctrl")));
 }
 
@@ -71,7 +71,7 @@ Ref<MenuItem> MenuBar::Child(const std::string& name) const {
 Ref<MenuItem> MenuBar::find(const std::string& name) const {
   Ref<MenuItem> found;
   forEach(items_, [&](const Ref<MenuItem>& item) {
-    if (item->Name() == name) found = item;
+    if (!found && item->Name() == name) found = item;
   });
   return found;
 }

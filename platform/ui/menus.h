@@ -13,7 +13,7 @@ class QMenuBar;
 
 namespace orvelin {
 
-/// An item of a menu; a menu itself once items are appended to it. Texts are UTF-8.
+/// A menu item. It becomes a menu when an item is appended to it. Texts are UTF-8.
 class MenuItem {
  public:
   MenuItem();
@@ -23,11 +23,11 @@ class MenuItem {
 
   const std::string& Name() const { return name_; }
   void Name(const std::string& name) { name_ = name; }
-  /// Whether the item is enabled whenever the menus are updated.
+  /// Whether updating the menus enables the item.
   bool AutoEnable() const { return autoEnable_; }
   void AutoEnable(bool autoEnable) { autoEnable_ = autoEnable; }
   void Text(const std::string& text);
-  /// Such as "Cmd+Q", or empty. Cmd is the command key of the platform.
+  /// Sets the shortcut, such as "Cmd+Q", or none if empty. Cmd is the command key of the platform.
   void KeyboardShortcut(const std::string& shortcut);
   bool Enabled() const;
   void Enabled(bool enabled);

@@ -23,7 +23,7 @@ namespace {
 
 Runtime* currentRuntime = nullptr;
 
-/// The toolkit's French translation.
+/// Qt's French translation.
 class French : public QTranslator {
  public:
   QString translate(const char* context, const char* text, const char* comment,
@@ -65,8 +65,8 @@ class Runtime::InputFilter : public QObject {
  protected:
   bool eventFilter(QObject*, QEvent* event) override {
     if (!runtime_.acting_ || runtime_.dialogs_ > 0) return false;
-    // Enter must match Leave, which is no input event: otherwise a button below the pointer would
-    // not be highlighted after the action.
+    // Let Enter through like Leave, which Qt doesn't count as input: otherwise the button under the
+    // pointer would not be highlighted after the action.
     if (event->type() == QEvent::Enter) return false;
     return event->isInputEvent() || event->type() == QEvent::Shortcut;
   }
@@ -88,7 +88,7 @@ struct Runtime::Toolkit {
     application.installEventFilter(&filter);
   }
 
-  // Not the arguments of main(): the toolkit would accept options in them.
+  // Not the arguments of main(): Qt would accept options in them.
   int argc = 1;
   char name[8] = "orvelin";
   char* argv[2] = {name, nullptr};
@@ -100,7 +100,7 @@ struct Runtime::Toolkit {
 
 Runtime::Runtime() {
   secureStandardStreams();
-  // Otherwise the toolkit's folder dialog would save the visited folders and start there next time.
+  // Otherwise Qt's folder dialog would save the visited folders and start there next time.
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
   QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
   toolkit_ = std::make_unique<Toolkit>(*this);

@@ -6,37 +6,36 @@
 
 namespace orvelin {
 
-/// The toolkit, the user's action that is running, and the exit status. One object exists, from the
-/// first step of the program to the last.
+/// Owns Qt's application object, the state of the user's action, and the exit status. main()
+/// creates the only Runtime.
 class Runtime {
  public:
-  /// Starts the toolkit and installs `processPendingEvents` as the background task. Without a
-  /// display, logs that and exits with status 1.
+  /// Starts Qt and installs `processPendingEvents` as the background task. Without a display, logs
+  /// that and exits with status 1.
   Runtime();
   Runtime(const Runtime&) = delete;
   Runtime& operator=(const Runtime&) = delete;
   ~Runtime();
 
-  /// The object that exists. Aborts if there is none.
+  /// The only Runtime. Aborts if there is none.
   static Runtime& current();
 
   /// Handles events until `quit` is called; returns at once if it was called before.
   void runEventLoop();
-  /// Runs the action of a click or a menu item, with the busy pointer. Discards all input until it
-  /// has ended. Does nothing if an action is running already. `action` must not throw.
+  /// Runs the action of a click or a menu item. Until it returns, shows the busy pointer and
+  /// discards input. Does nothing if another action is running. `action` must not throw.
   void perform(const std::function<void()>& action);
-  /// Ends the event loop, after the running action if there is one. The program exits with the
-  /// highest `status` of all calls.
+  /// Ends the event loop, now or when the running action returns. The highest `status` of all calls
+  /// becomes the exit status.
   void quit(int status = 0);
-  /// Stops the toolkit. Returns the exit status.
+  /// Stops Qt. Returns the exit status.
   int stop();
 
-  /// While an action runs, lets the window repaint and answer the desktop. Returns within
-  /// nanoseconds if it did so a few milliseconds ago.
+  /// Handles Qt's events while an action runs, at most every 8 ms.
   void processPendingEvents();
 
-  /// While it exists, the dialogs of the running action get input, with the ordinary pointer. Input
-  /// from before is discarded.
+  /// While this object exists, the running action has a dialog open: the dialog gets input, and the
+  /// pointer is the normal one. Input from before is discarded.
   class DialogScope {
    public:
     DialogScope();
@@ -60,7 +59,7 @@ class Runtime {
   std::timespec lastEvents_{};
 };
 
-/// Quits the program with status 0, after the running action if there is one.
+/// Calls Runtime::quit.
 void Quit();
 
 }  // namespace orvelin

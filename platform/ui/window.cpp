@@ -35,7 +35,7 @@ class Window::Frame : public QMainWindow {
   }
   Frame(const Frame&) = delete;
   Frame& operator=(const Frame&) = delete;
-  // QMainWindow must not delete these; others own them.
+  // QMainWindow would delete these two, which have other owners.
   ~Frame() override {
     takeCentralWidget()->setParent(nullptr);
     if (window_.menuBar_) window_.menuBar_->widget().setParent(nullptr);

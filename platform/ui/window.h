@@ -13,7 +13,7 @@ class QWidget;
 
 namespace orvelin {
 
-/// A document window of fixed size with a close box. Programs derive from it and override the
+/// A window of fixed size that can be closed. Programs derive from it and override the
 /// virtual functions, which `open` and events call.
 class Window {
  public:
@@ -47,7 +47,7 @@ class Window {
   void Title(const std::string& title);
   /// The size of the content, without menu bar and frame.
   void Size(int width, int height);
-  /// Limits of the content's width and height.
+  /// Limits of the content's width and height. `Size` is within them, so they have no effect.
   void SizeLimits(int min, int max);
   QWidget& content() const;
   void add(const std::string& name, const Ref<RectControl>& control);
