@@ -34,7 +34,7 @@ struct PictureFormat {
   Assessment (*assess)(PictureFile& file) = [](PictureFile&) { return Assessment{}; };
   /// If set, decodes files that `loader` can't; returns a null image for the others.
   vips::VImage (*decoded)(PictureFile& file) = nullptr;
-  /// If set, returns the part of a loaded picture that a viewer shows.
+  /// If set, returns a loaded picture as a viewer shows it: cropped, or with other metadata.
   vips::VImage (*shown)(const vips::VImage& image, PictureFile& file) = nullptr;
 };
 
