@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <functional>
-#include <utility>
 
 using orvelin::test::CallFaults;
 
@@ -70,30 +69,26 @@ TEST_F(Faults, InSystemCallsLeaveNoPartialPictures) {
   const CallFaults ever{0}, once{0, 1}, onceByHalf{0, 1, true}, everByHalf{0, ever.times, true};
   constexpr auto recursive = fs::copy_options::recursive, links = fs::copy_options::copy_symlinks;
   const auto copy = [&] { fs::copy(cd, folder / "killed", recursive | links); };
-  for (auto [calls, way] : {std::pair{&writes, once},
-                            {&writes, onceByHalf},
-                            {&writes, everByHalf},
-                            {&writes, CallFaults{0, 1, false, copy}},
-                            {&reads, once},
-                            {&reads, ever}}) {
-    for (int failures = 1; failures > 0; ++way.left) {
-      SCOPED_TRACE(way.left);
-      const bool kill = way.instead != nullptr;
+  for (const auto& [calls, way] : {std::pair{&writes, once},
+                                   {&writes, onceByHalf},
+                                   {&writes, everByHalf},
+                                   {&writes, CallFaults{0, 1, false, copy}},
+                                   {&reads, once},
+                                   {&reads, ever}})
+    sweep(way, [&, calls = calls](const CallFaults& fault) {
+      const bool kill = fault.instead != nullptr;
       if (!kill)
         write(cd / "DIGIFILM/dcim/100k6230/002.jpg", calm.at("DIGIFILM/dcim/100k6230/003.jpg"));
       fs::create_directories(cd / "DIGIFILM");
       fs::create_symlink("nowhere", cd / "DIGIFILM/autorun.inf");
-      *calls = way;
-      build(cd);
-      failures = std::exchange(*calls, {}).failures;
+      const int failures = buildWith(*calls, fault);
       if (kill && failures > 0) {  // continue with the copy made at that call
         fs::remove_all(cd);
         fs::rename(folder / "killed", cd);
       }
       expectNothingPartial(calls == &reads, kill);
-    }
-    EXPECT_GT(way.left, 20) << "too few calls";
-  }
+      return failures;
+    });
 }
 
 TEST_F(Faults, InFoldersDuringABuildLeaveNoPartialPictures) {
@@ -105,23 +100,18 @@ TEST_F(Faults, InFoldersDuringABuildLeaveNoPartialPictures) {
       [&] { write(picture, read(sample("vacances/plage.jpg"))); },
       [&] { fs::remove(picture), ::mkfifo(picture.c_str(), 0666); },
   };
-  for (const auto& fault : faults) {
-    int moment = 0;
-    for (int left = -1; left < 0; ++moment) {
-      SCOPED_TRACE(std::to_string(&fault - faults) + ", at yield " + std::to_string(moment));
-      left = moment;
-      atYields([&] {
-        if (left-- == 0) fault();
-      });
-      build(cd);
+  CallFaults yields;
+  for (const auto& fault : faults)
+    sweep({0, 1, false, fault}, [&](const CallFaults& way) {
+      atYields([&] { yields.succeeds(); });
+      const int failures = buildWith(yields, way);
       atYields({});
       const bool ofPhotos = &fault >= faults + 2;
       if (ofPhotos) restore();
       expectNothingPartial(ofPhotos, false);
       fs::remove_all(folder / "unplugged");
-    }
-    EXPECT_GT(moment, 10) << "too few yields";
-  }
+      return failures;
+    });
 }
 
 }  // namespace orvelin::test
