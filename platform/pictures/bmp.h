@@ -8,8 +8,8 @@ namespace orvelin {
 /// Checks the header of a BMP file.
 PictureVerdict verdictOnBMP(PictureFile& bmp);
 
-/// Decodes a BMP file. If the file is truncated, warns like a decoder of libvips; the missing part
-/// is black or transparent.
+/// Decodes a BMP file. If it is truncated, logs a warning as libvips does; the missing part is
+/// black or transparent.
 vips::VImage decodeBMP(PictureFile& bmp);
 
 }  // namespace orvelin

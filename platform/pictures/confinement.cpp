@@ -42,7 +42,7 @@ void limitResources() {
   std::ofstream("/proc/self/oom_score_adj") << 1000;  // the OOM killer's first choice
 }
 
-/// Forbids everything that Landlock can forbid. Each version has more rights, which are bits.
+/// Forbids everything that Landlock can forbid. Rights are bits; later versions have more of them.
 bool forbidFiles() {
   // struct landlock_ruleset_attr of version 6; older headers lack the last two members.
   struct {

@@ -17,7 +17,7 @@ std::uint64_t nextMarker(PictureFile& jpeg, std::uint64_t at) {
 
 int countBufferedScans(PictureFile& jpeg) {
   constexpr int startOfScan = 0xDA, endOfImage = 0xD9;
-  const auto hasNoLength = [](int marker) {  // fill and stuffed bytes, RSTn, SOI
+  const auto hasNoLength = [](int marker) {  // fill and stuffed bytes, TEM, RSTn, SOI
     return marker == 0xFF || marker == 0x00 || marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
   };
   const auto isStartOfFrame = [](int marker) {

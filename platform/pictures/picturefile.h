@@ -27,7 +27,7 @@ class PictureFile {
   /// nothing more is read: on a broken disk each attempt may take a minute.
   int error() const { return error_; }
 
-  /// Returns at least one of the bytes from offset `at` on; empty at the end of the file and on
+  /// Returns some bytes from offset `at` on, at least one; none at the end of the file and on
   /// failure. Valid until the next call.
   std::string_view some(std::uint64_t at);
   /// Copies `count` bytes from offset `at` on; fewer at the end of the file and on failure. Returns
@@ -38,7 +38,7 @@ class PictureFile {
   /// Reads the whole file into memory. Returns false on failure.
   bool readWhole();
 
-  /// The file as a source for a libvips loader, which must not outlive this object. One at a time.
+  /// A source for a libvips loader. It must not outlive this object; use one at a time.
   vips::VSource source();
 
  private:

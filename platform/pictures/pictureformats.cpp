@@ -102,8 +102,8 @@ VImage load(PictureFile& file, const PictureFormat& format) {
   VOption* const options = VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
   if (format.givesUp) options->set("unlimited", true);
   VImage::call(format.loader, options->set("source", file.source())->set("out", &image));
-  // With several workers libvips may report success before the last one fails. They would not be
-  // faster: loaders decode line by line.
+  // Loaders decode line by line, so several workers are no faster than one. With several, libvips
+  // may report success before the last one fails.
   image.set(VIPS_META_CONCURRENCY, 1);
   return format.shown ? format.shown(image, file) : image;
 }

@@ -75,8 +75,8 @@ std::span<const std::uint16_t> extraSamplesOf(TIFF* tiff) {
   return {kinds, count};
 }
 
-/// Whether colours are premultiplied by transparency in a format in which libvips doesn't undo that
-/// correctly.
+/// Whether colours are premultiplied by transparency, in numbers for which libvips doesn't undo
+/// that correctly.
 bool isPremultiplied(TIFF* tiff) {
   const bool inks = numberOf<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_SEPARATED;
   const auto extra = extraSamplesOf(tiff);
@@ -141,7 +141,7 @@ VImage decodeOldJpegOf(PictureFile& tiff) {
   const int orientation = std::max<int>(numberOf<std::uint16_t>(opened.get(), TIFFTAG_ORIENTATION),
                                         ORIENTATION_TOPLEFT);
   std::vector<std::uint32_t> pixels(pixelsOf(opened.get()));
-  // Not rotated: libtiff would flip the picture but not rotate it by 90 degrees.
+  // In the orientation of the file, because libtiff can't rotate by 90 degrees.
   if (TIFFReadRGBAImageOriented(opened.get(), width, height, pixels.data(), orientation, 1) == 0)
     throw vips::VError();
   VImage image = fromRGBA(std::move(pixels), static_cast<int>(width), static_cast<int>(height));
