@@ -188,7 +188,7 @@ TEST_F(WindowTest, DiscardsInputDuringABuildAndQuitsAfterIt) {
     QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(frame->focusWidget(), focus);
     QTest::qSleep(25);
-    runtime.processPendingEvents();
+    Runtime::processPendingEvents();
     // A Return that is still queued when the message opens must not close it.
     QTimer::singleShot(0, frame, [&] {
       QWidget* const dialog = QApplication::activeModalWidget();

@@ -10,6 +10,7 @@
 #include <QTranslator>
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 
 #include "platform/core/background.h"
 #include "platform/core/bundle.h"
@@ -105,7 +106,7 @@ Runtime::Runtime() {
   QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
   toolkit_ = std::make_unique<Toolkit>(*this);
   currentRuntime = this;
-  installBackgroundTask([] { currentRuntime->processPendingEvents(); });
+  installBackgroundTask(processPendingEvents);
 }
 
 Runtime::~Runtime() { stop(); }
@@ -147,11 +148,12 @@ int Runtime::stop() {
 void Runtime::processPendingEvents() {
   // The coarse clock costs nanoseconds, processing events microseconds.
   constexpr long interval = 8'000'000;
+  static std::timespec last{};
   std::timespec now{};
   ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  if (now.tv_sec == lastEvents_.tv_sec && now.tv_nsec - lastEvents_.tv_nsec < interval) return;
-  lastEvents_ = now;
-  if (acting_) QCoreApplication::processEvents();
+  if (now.tv_sec == last.tv_sec && now.tv_nsec - last.tv_nsec < interval) return;
+  last = now;
+  if (current().acting_) QCoreApplication::processEvents();
 }
 
 Runtime::DialogScope::DialogScope() : runtime_(current()) {

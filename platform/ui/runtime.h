@@ -1,6 +1,5 @@
 #pragma once
 
-#include <ctime>
 #include <functional>
 #include <memory>
 
@@ -32,7 +31,7 @@ class Runtime {
   int stop();
 
   /// Handles Qt's events while an action runs, at most every 8 ms.
-  void processPendingEvents();
+  static void processPendingEvents();
 
   /// While this object exists, the running action has a dialog open: the dialog gets input, and the
   /// pointer is the normal one. Input from before is discarded.
@@ -56,7 +55,6 @@ class Runtime {
   int dialogs_ = 0;
   bool quitting_ = false;
   int status_ = 0;
-  std::timespec lastEvents_{};
 };
 
 /// Calls Runtime::quit.
