@@ -23,7 +23,7 @@ void Window1::Layout() {
   MenuBar(App::Instance()->MenuBar());
   Title("Orvelin");
   Size(355, 150);
-  SizeLimits(64, 32000);
+  SizeLimits(64, 32000);  // without effect: the window can't be resized
 }
 
 void Window1::CreateControls() { _CreateControls0(); }

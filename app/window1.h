@@ -33,8 +33,7 @@ class Window1 : public Window, public BuildState {
   void PushButton1_Action();
   void PushButton2_Action();
   void PushButton3_Action();
-  /// Shows the about box. Returns false: the event is not consumed. Nobody reads that, since there
-  /// is no other handler.
+  /// Shows the about box. Returns false; the result is ignored.
   bool _AppleApropos_Action();
 
   /// Opens the folder dialog for the property, then enables the steps that can be done.

@@ -19,7 +19,8 @@ class GonfleurClass {
 
   /// Packs the folder `source` and its contents into the file `archive`, replacing it. Does nothing
   /// if either is nil, or if `source` isn't a folder or `archive` is. A file that can't be opened
-  /// is counted but has no entry: when unpacked, the folder contains the next entry instead.
+  /// is counted in its folder but gets no entry, so unpacking takes the entry after the folder for
+  /// the folder's last one.
   void Degonfler(const Ref<FolderItem>& source, const Ref<FolderItem>& archive) const;
 
   /// Writes the entry of the folder, with its contents, to an archive. Check `archive.failed()`

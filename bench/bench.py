@@ -104,7 +104,7 @@ def in_turn(name, command, source, expected, peers, pairs=PAIRS):
 
 
 def cold_card(kind, name):
-    """Rows for a build from a card, against reading the card or a cached build, if that is slower."""
+    """Rows for a build from a card, against the slower of reading the card and a cached build."""
     source, count = inputs(kind, 400 if quick else 40)  # 40 files in both cases
     card = Card(source, bench)
     photographs = sum(path.stat().st_size for path in source.rglob("*") if path.is_file())

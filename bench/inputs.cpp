@@ -18,7 +18,7 @@ using vips::VImage;
 
 namespace {
 
-/// Noise of one grain size, `amplitude` being its standard deviation.
+/// Noise of one grain size, with `amplitude` as its standard deviation.
 VImage noise(int width, int height, int grain, double amplitude, int seed) {
   auto* const options = VImage::option()->set("mean", 0.0)->set("sigma", amplitude);
   const VImage fine =

@@ -44,7 +44,7 @@ std::string DigiItem::record() const {
   text += "[Std]" + lineEnd;
   text += "QTY=1" + lineEnd;
   text += "FILE=" + folder + fileName() + lineEnd;
-  // The source's name in the folder of the copy, where no such file exists.
+  // The source's name, but in the folder of the copy. No file of this name is written.
   text += "ORIGINAL=" + folder + theFol->Name() + lineEnd;
   text += "TIMESTAMP=" + dateToTimeStamp(theFol->ModificationDate());
   return text;

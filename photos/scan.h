@@ -20,9 +20,9 @@ struct ScanState {
       outFol;  ///< the destination; from the start of a build, the folder DIGIFILM in it
 
   /// Walks `folder` depth first, in the order of its listing, and appends an item to `tabItem` for
-  /// each file that opens as a picture. The items create their folders in `outFol`. Skips symlinks
-  /// to a folder that contains them, folders at more than 4096 levels, and the temporary files of a
-  /// killed build. Throws NilObjectException if `folder` is nil.
+  /// each file that opens as a picture. The items create their folders in `outFol`. Skips a folder
+  /// that the walk is already in (a cycle of symlinks), folders more than 4096 levels deep, and the
+  /// temporary files of a killed build. Throws NilObjectException if `folder` is nil.
   void BuildTab(const Ref<FolderItem>& folder);
 
   /// Whether the file opens and decodes as a picture; false for nil.

@@ -105,7 +105,7 @@ TEST_F(ConfinementTest, AppliesToThePictureProcess) {
       << "socket, pipe, /dev/null and the picture";
 }
 
-TEST_F(ConfinementTest, HoldsAProcessThatDiesWithTheProgram) {
+TEST_F(ConfinementTest, KillsThePictureProcessWithTheProgram) {
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
   inChild([] {
     item(sample("aquarelle.png"))->OpenAsPicture();

@@ -32,7 +32,7 @@ struct CallFaults {
 };
 
 /// Calls `step` with a fault at the first call, then at the second one, and so on, until it returns
-/// that there was no failure any more.
+/// 0 failures. Skips calls if `stride` is more than 1.
 template <class Step>
 void sweep(CallFaults way, const Step& step, int stride = 1) {
   for (way.left = 0; step(way) > 0; way.left += stride)
@@ -83,7 +83,7 @@ class Faults : public FileTest {
     for (const char* place : {"CD", "unplugged"})
       for (const auto& [path, bytes] : contentsOf(folder / place)) {
         EXPECT_TRUE(pictures.contains(bytes) || !path.ends_with(".jpg")) << path;
-        // After a kill or a removal it could not be deleted.
+        // After a kill or a removal, a temporary file may remain.
         EXPECT_TRUE(killed || *place == 'u' || !path.ends_with(".orvelin")) << path;
         const std::string sure = renumbered ? bytes.substr(0, 236) : bytes;  // the header
         EXPECT_TRUE(!path.ends_with("txt") || calm.at(path).starts_with(sure)) << path;

@@ -38,8 +38,8 @@ class Pictures : public FileTest {
     return read(path + format.substr(0, format.find('[')));
   }
   using Colours = std::vector<double>;
-  /// Saves a picture in each of these formats, separated by spaces, as JPEG, and expects these mean
-  /// colours in its quarters, line by line.
+  /// Encodes a picture in each of `formats`, which are separated by spaces, converts it to JPEG,
+  /// and compares the mean colours of its quarters, line by line.
   void expectColours(const VImage& image, const std::string& formats, const Colours& wanted,
                      double tolerance = 5) const {
     std::istringstream each(formats);

@@ -4,8 +4,8 @@ namespace orvelin {
 
 using BackgroundTask = void (*)();
 
-/// Runs the installed background task, if any. Every long loop calls it once per pass, so the task
-/// must return within nanoseconds if there is nothing to do.
+/// Runs the installed background task, if any. Loops over entries, pictures and blocks of a copy
+/// call it once per pass, so it must take nanoseconds in most cases.
 void RuntimeBackgroundTask();
 
 /// Sets what RuntimeBackgroundTask calls; null, the default, for nothing.

@@ -5,7 +5,7 @@
 namespace orvelin {
 
 std::filesystem::path bundleFolder() {
-  // The executable is Contents/Linux/orvelin.
+  // The executable is in Contents/Linux.
   std::error_code error;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
   return program.parent_path().parent_path().parent_path();

@@ -9,7 +9,8 @@
 
 namespace orvelin {
 
-/// A child process; the destructor kills it. The program starts all its children with this class.
+/// A child process; the destructor kills it. Start children only with this class: it reaps every
+/// child of the program that has exited.
 class ChildProcess {
  public:
   /// Starts the program without arguments. It gets `input` as stdin, `output` as stdout, and this

@@ -6,7 +6,7 @@
 namespace orvelin {
 
 bool Descent::enter(const FolderItem& folder) {
-  constexpr std::size_t maxDepth = 4096;  // longer than any path: only symlinks get there
+  constexpr std::size_t maxDepth = 4096;  // deeper than any path: only symlinks lead there
   const auto identity = folder.identity();
   if (within_.size() > maxDepth || std::ranges::find(within_, identity) != within_.end())
     return false;

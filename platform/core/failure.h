@@ -25,7 +25,8 @@ void report(const std::string& sentence);
 /// Forgets which lines were logged, so that the next build logs them again.
 void forgetReports();
 
-/// Thrown when nil is used as an object; carries the reason of the nil.
+/// Thrown when nil is used as an object, with the reason of the nil, and if the picture process
+/// can't be started.
 class NilObjectException : public std::exception {
  public:
   explicit NilObjectException(const Failure& failure)

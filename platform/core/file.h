@@ -11,7 +11,7 @@ namespace orvelin {
 /// An open regular file; the destructor closes it. A failed call sets `error`.
 class File {
  public:
-  /// Opens for reading. Does not wait on a FIFO and does not open devices.
+  /// Opens for reading. Fails if it is not a regular file; does not wait on a FIFO.
   static File openToRead(const std::filesystem::path& path);
   /// Creates or truncates the file for writing in place. Replaces a symlink, or a regular file that
   /// can't be opened for writing, with a new file.

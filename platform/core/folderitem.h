@@ -46,8 +46,8 @@ class FolderItem {
   Ref<FolderItem> Child(const std::string& name) const;
   /// The folder that contains this item, by its path.
   Ref<FolderItem> Parent() const;
-  /// The number of entries, hidden ones included; 0 if the folder can't be listed. Lists the folder
-  /// on the first call, and again if it may have changed.
+  /// The number of entries, hidden ones included; if listing fails, of those read before. Lists the
+  /// folder on the first call, and again if it may have changed.
   int Count();
   /// The entry at an index from 1 in the last listing; nil if out of range. A symlink gives its
   /// target; a dangling one gives an item that does not exist.
@@ -62,8 +62,8 @@ class FolderItem {
   Ref<BinaryStream> CreateBinaryFile(const std::string& fileType) const;
   /// Opens the file for reading; nil on failure, and if it is not a regular file.
   Ref<BinaryStream> OpenAsBinaryFile() const;
-  /// Opens the file as a picture and inspects its header; see Picture::read. Nil, and logged, also
-  /// if it can't be opened.
+  /// Opens the file as a picture and has its header inspected; see Picture::read. If the file can't
+  /// be opened, logs that and returns nil.
   Ref<Picture> OpenAsPicture() const;
   /// Writes the picture to this file as JPEG, atomically, replacing an older file. Logs a failure.
   void SaveAsJPEG(const Ref<Picture>& picture) const;

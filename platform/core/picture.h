@@ -12,8 +12,9 @@ namespace orvelin {
 /// An open picture file. Each method asks the picture process, which reads and decodes the file.
 class Picture {
  public:
-  /// Has the header of an open file inspected. Returns nil if the file can't be accepted, with the
-  /// reason; logs that, unless the format is unknown. `path` is used for log messages only.
+  /// Asks the picture process to inspect the header of an open file. If the file can't be accepted,
+  /// returns nil with the reason, and logs it unless the format is unknown. `path` is used for log
+  /// messages only.
   static Ref<Picture> read(File file, const std::filesystem::path& path);
 
   /// For makeRef; call `read` instead.

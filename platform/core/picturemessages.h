@@ -16,7 +16,7 @@ inline constexpr std::uint64_t maxPictureBytes = std::uint64_t{2} << 30;
 inline constexpr int pictureSocket = 0;
 
 enum class PictureOperation : std::uint32_t {
-  Inspect,  ///< checks the header
+  Inspect,  ///< checks the header; BMP, and old-style JPEG in TIFF, are decoded already
   Decode,   ///< inspects, then decodes as much as is needed to know that the picture decodes
   Encode,   ///< inspects, then writes the picture to the pipe as JPEG
 };

@@ -137,7 +137,7 @@ PictureAnswer askPictureProcess(PictureRequest request, const File& picture, Fil
   PictureAnswer answer;
   for (int tries = 0; tries < 2; ++tries) {
     if (jpeg && tries > 0) jpeg->clear();
-    // A process that fails to answer is destroyed here.
+    // Take the process: unless it answers, it is destroyed at the end of this pass.
     auto process = std::exchange(idleProcess, nullptr);
     if (!process) process = std::make_unique<PictureProcess>();
     answer = process->answerTo(request, picture, jpeg);

@@ -3,7 +3,7 @@
 namespace orvelin {
 
 /// Opens /dev/null as stdin, stdout and stderr where they are closed, so that no other file gets
-/// their numbers, and ignores SIGPIPE. To be called first in main(), except by the picture process,
+/// their numbers, and ignores SIGPIPE. Call it first in main(), except in the picture process,
 /// which gets its streams from Orvelin.
 void secureStandardStreams();
 

@@ -9,7 +9,7 @@ namespace orvelin {
 PictureVerdict verdictOnBMP(PictureFile& bmp);
 
 /// Decodes a BMP file. If it is truncated, logs a warning as libvips does; the missing part is
-/// black or transparent.
+/// black or transparent, or has the first colour of the palette.
 vips::VImage decodeBMP(PictureFile& bmp);
 
 }  // namespace orvelin

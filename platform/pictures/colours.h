@@ -15,8 +15,8 @@ vips::VImage fromRGBA(std::vector<std::uint32_t> pixels, int width, int height);
 /// Whether `toScreen` can convert a picture with these pixels.
 bool hasKnownColours(const vips::VImage& image);
 
-/// Converts to 8-bit sRGB, or 8-bit grey if the picture is grey without a profile, with transparent
-/// parts on white. `image` must have known colours.
+/// Converts to 8-bit sRGB, or to 8-bit grey if the picture is grey, in integers and without a
+/// profile. Puts transparent parts on white. hasKnownColours(image) must be true.
 vips::VImage toScreen(const vips::VImage& image);
 
 }  // namespace orvelin

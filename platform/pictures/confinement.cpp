@@ -94,7 +94,7 @@ constexpr int allowedCalls[] = {
     SCMP_SYS(write),
 };
 
-/// Makes all other system calls fail with EPERM. Doesn't kill the process: a new version of a
+/// Makes all other system calls fail with an error. Doesn't kill the process: a new version of a
 /// library may try a call that it can do without.
 bool forbidCalls() {
   const std::unique_ptr<void, decltype(&seccomp_release)> filter(

@@ -74,7 +74,7 @@ Decoder::Decoder(Descriptor file)
 
 PictureAnswer Decoder::perform(PictureOperation operation, const WriteJpeg& write) {
   const PictureVerdict verdict = verdictOf([&] { return verdictAfter(operation, write); });
-  // The verdict doesn't count after a failed read: some decoders take it for the end of the file.
+  // Ignore the verdict after a failed read: some decoders take the failure for the end of the file.
   if (file_.error() != 0) return {PictureVerdict::NotRead, file_.error()};
   return {verdict};
 }

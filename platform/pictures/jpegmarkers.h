@@ -10,9 +10,9 @@ namespace orvelin {
 inline constexpr std::string_view jfifSegment{
     "\xFF\xE0\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 18};
 
-/// Returns how many scans a decoder must read before it can return the first line. Each costs a
-/// pass over the whole picture, whose coefficients the decoder holds. Returns 0 if the first scan
-/// can be decoded line by line; reads the file no further than that scan's header then.
+/// Returns the number of scans that a decoder must read before it can return the first line. It
+/// holds all coefficients, and each scan is a pass over them. Returns 0 if the first scan can be
+/// decoded line by line, and then reads no further than the header of that scan.
 int countBufferedScans(PictureFile& jpeg);
 
 }  // namespace orvelin

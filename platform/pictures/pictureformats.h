@@ -19,7 +19,7 @@ struct PictureFormat {
   /// The libvips operation that loads the format from a source; null if `decoded` decodes all
   /// files.
   const char* loader = nullptr;
-  /// The possible first bytes of a file. Empty if libvips recognises the format.
+  /// The possible first bytes of a file. Empty to let libvips recognise the format.
   std::span<const std::string_view> signatures = {};
   /// Whether to read the whole file first: the loader would do so too, or would abort the process
   /// if a read fails.
@@ -30,11 +30,11 @@ struct PictureFormat {
   bool givesUp = false;
   /// Whether the loader warns of damage when it opens the file.
   bool warnsOnOpening = false;
-  /// Checks a file for problems that the loader would not report.
+  /// Checks a file for problems that the loader would not report. Returns the memory needed too.
   Assessment (*assess)(PictureFile& file) = [](PictureFile&) { return Assessment{}; };
   /// If set, decodes files that `loader` can't; returns a null image for the others.
   vips::VImage (*decoded)(PictureFile& file) = nullptr;
-  /// If set, returns a loaded picture as a viewer shows it: cropped, or with other metadata.
+  /// If set, returns a loaded picture as a viewer shows it: on its canvas, or without extra bands.
   vips::VImage (*shown)(const vips::VImage& image, PictureFile& file) = nullptr;
 };
 
@@ -42,8 +42,8 @@ struct PictureFormat {
 /// called.
 const PictureFormat* formatOf(std::string_view head);
 
-/// Opens a picture to be decoded once, from top to bottom, by one worker. `file` must outlive the
-/// picture. Throws vips::VError on failure.
+/// Opens a picture to be decoded once, from top to bottom, by one worker; `decoded` decodes at
+/// once. `file` must outlive the picture. Throws vips::VError on failure.
 vips::VImage load(PictureFile& file, const PictureFormat& format);
 
 }  // namespace orvelin

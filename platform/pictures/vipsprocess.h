@@ -16,11 +16,11 @@ void warnOfDamage(const char* text);
 
 /// Collects the warnings that libvips logs while this object exists. They are not printed.
 ///
-/// They show whether a picture is damaged. The loader of GIF warns of damage when it opens the
-/// file, that of JPEG when its image is freed, the others while they decode. When they open a file,
-/// the others only warn of metadata, such as an unknown tag, and repeat these warnings while they
-/// decode. So call `ignorePast` after opening: a new text then means damage. Texts are compared but
-/// not parsed, because libvips translates them.
+/// They show whether a picture is damaged. The loaders of GIF and BMP warn of damage when they open
+/// the file, that of JPEG when its image is freed, the others while they decode. On opening, all
+/// but those of GIF and BMP only warn of metadata, such as an unknown tag, and repeat these
+/// warnings while they decode. So call `ignorePast` after opening: a new text then means damage.
+/// Texts are compared but not parsed, because libvips translates them.
 class DecoderWarnings {
  public:
   DecoderWarnings();

@@ -23,7 +23,7 @@ class MenuItem {
 
   const std::string& Name() const { return name_; }
   void Name(const std::string& name) { name_ = name; }
-  /// Whether updating the menus enables the item.
+  /// Whether MenuBar::autoEnable enables the item.
   bool AutoEnable() const { return autoEnable_; }
   void AutoEnable(bool autoEnable) { autoEnable_ = autoEnable; }
   void Text(const std::string& text);

@@ -21,8 +21,9 @@ class Runtime {
 
   /// Handles events until `quit` is called; returns at once if it was called before.
   void runEventLoop();
-  /// Runs the action of a click or a menu item. Until it returns, shows the busy pointer and
-  /// discards input. Does nothing if another action is running. `action` must not throw.
+  /// Runs a user's action; performAction() also handles its failures. Until it returns, shows the
+  /// busy pointer and discards input. Then kills the picture process. Does nothing if another
+  /// action is running. `action` must not throw.
   void perform(const std::function<void()>& action);
   /// Ends the event loop, now or when the running action returns. The highest `status` of all calls
   /// becomes the exit status.
@@ -34,7 +35,7 @@ class Runtime {
   static void processPendingEvents();
 
   /// While this object exists, the running action has a dialog open: the dialog gets input, and the
-  /// pointer is the normal one. Input from before is discarded.
+  /// pointer is the normal one. Discards earlier input, and kills the picture process.
   class DialogScope {
    public:
     DialogScope();

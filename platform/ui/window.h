@@ -13,7 +13,7 @@ class QWidget;
 
 namespace orvelin {
 
-/// A window of fixed size that can be closed. Programs derive from it and override the
+/// A window of fixed size. Programs derive from it and override the
 /// virtual functions, which `open` and events call.
 class Window {
  public:
@@ -38,7 +38,7 @@ class Window {
   virtual void Layout() = 0;
   virtual void CreateControls() = 0;
   virtual void AddMenuHandlers() = 0;
-  /// Called when the user or the desktop closes the window.
+  /// Called when the user or the desktop asks to close the window; it stays open.
   virtual void Event_Close() = 0;
   /// Called before a menu is shown and before a shortcut is tried.
   virtual void Event_EnableMenuItems() = 0;
@@ -47,7 +47,7 @@ class Window {
   void Title(const std::string& title);
   /// The size of the content, without menu bar and frame.
   void Size(int width, int height);
-  /// Limits of the content's width and height. `Size` is within them, so they have no effect.
+  /// Limits of the content's width and height.
   void SizeLimits(int min, int max);
   QWidget& content() const;
   void add(const std::string& name, const Ref<RectControl>& control);

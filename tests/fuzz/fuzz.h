@@ -12,7 +12,7 @@ inline void expect(bool holds, const char* what) {
   if (!holds) throw std::logic_error(what);
 }
 
-/// Tries one input in an empty folder. Each fuzzer defines it.
+/// Tries one input with files in `folder`. Each fuzzer defines it.
 void attempt(const std::string& bytes, const fs::path& folder);
 
 }  // namespace orvelin::test
