@@ -14,10 +14,9 @@ struct ScanState {
   ScanState(Ref<FolderItem> photos, Ref<FolderItem> destination)
       : inFol(std::move(photos)), outFol(std::move(destination)) {}
 
-  DigiItems tabItem;      ///< the pictures of the running or last build
-  Ref<FolderItem> inFol;  ///< the photo folder; nil until it is chosen
-  Ref<FolderItem>
-      outFol;  ///< the destination; from the start of a build, the folder DIGIFILM in it
+  DigiItems tabItem;       ///< the pictures of the running or last build
+  Ref<FolderItem> inFol;   ///< the photo folder; nil until it is chosen
+  Ref<FolderItem> outFol;  ///< the destination; a build replaces it by its child DIGIFILM
 
   /// Walks `folder` depth first, in the order of its listing, and appends an item to `tabItem` for
   /// each file that opens as a picture. The items create their folders in `outFol`. Skips a folder
