@@ -21,13 +21,6 @@ namespace orvelin {
 
 namespace {
 
-// The sanitizers reserve more memory than the limit, and ptrace the process to find leaks.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool sanitized = true;
-#else
-constexpr bool sanitized = false;
-#endif
-
 void limit(int resource, rlim_t max) {
   const rlimit limits{max, max};
   ::setrlimit(static_cast<__rlimit_resource>(resource), &limits);

@@ -2,6 +2,14 @@
 
 namespace orvelin {
 
+/// Whether this is GCC's build with AddressSanitizer, which reserves more memory than the limit and
+/// ptraces the process to find leaks. Such a build has no limit on memory and no seccomp.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool sanitized = true;
+#else
+inline constexpr bool sanitized = false;
+#endif
+
 /// The mechanisms in effect. A kernel or a container may lack them; resource limits always apply.
 struct Confinement {
   bool files = false;  ///< Landlock: no path can be opened, created or changed
