@@ -1,17 +1,14 @@
-#include <fcntl.h>
 #include <tiffio.h>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <sstream>
 #include <vips/vips8>
 
 #include "fuzz/fuzz.h"
 #include "photos/scan.h"
-#include "platform/pictures/jpegmarkers.h"
 #include "support.h"
 
 namespace orvelin::test {
@@ -24,6 +21,9 @@ class Pictures : public FileTest {
   Ref<FolderItem> fileOf(const std::string& bytes) const {
     write(folder / "file", bytes);
     return item(folder / "file");
+  }
+  static std::string seed(const std::string& name) {
+    return read(fs::path(ORVELIN_SEEDS) / "picture" / name);
   }
   /// Saves the picture with these bytes as JPEG.
   fs::path saved(const std::string& bytes) const {
@@ -52,17 +52,11 @@ class Pictures : public FileTest {
     const auto jpeg = VImage::new_from_file(saved(bytes).c_str());
     EXPECT_STREQ(jpeg.get_string("jpeg-chroma-subsample"), jpeg.bands() == 3 ? "4:2:0" : "4:4:4");
     EXPECT_EQ(jpeg.get_typeof(VIPS_META_EXIF_NAME) + jpeg.get_typeof(VIPS_META_ICC_NAME), 0U);
-    const VImage four = jpeg.colourspace(VIPS_INTERPRETATION_sRGB).shrink(80, jpeg.height() / 2.0);
-    ASSERT_EQ(four.width(), 2);
+    EXPECT_GT(jpeg.width(), jpeg.height());
+    const VImage four =
+        jpeg.colourspace(VIPS_INTERPRETATION_sRGB).shrink(jpeg.width() / 2.0, jpeg.height() / 2.0);
     for (std::size_t i = 0; i < 12; ++i)
       EXPECT_NEAR(four.getpoint(i / 3 % 2, i > 5).at(i % 3), wanted.at(i), tolerance) << i;
-  }
-  /// Sets the orientation, and adds an Exif block.
-  VImage tagged(const VImage& image, int orientation) const {
-    VImage copy = image.copy();
-    copy.set(VIPS_META_ORIENTATION, orientation);
-    encoded(copy, ".jpg[Q=98]");
-    return VImage::new_from_file((folder / "encoded.jpg").c_str()).copy_memory();
   }
   const VImage deep = VImage::new_from_file(sample("vacances/montagne.png").c_str());
   const VImage scene = deep.colourspace(VIPS_INTERPRETATION_sRGB);
@@ -86,20 +80,8 @@ TEST_F(Pictures, KeepTheirColoursInEachFormat) {
   expectColours(scene.bandjoin(mask), ".png .tif .webp .gif .heic .avif .bmp", topLeft);
   expectColours(deep.bandjoin((mask * 257).cast(VIPS_FORMAT_USHORT)), ".png .tif", topLeft);
 
-  std::string longHeader = encoded(scene, ".bmp").substr(0, 138), shortHeader;
-  longHeader[28] = 32;  // bits, with opacity
-  shortHeader = longHeader.substr(0, 54);
-  shortHeader[10] = 54;
-  shortHeader[14] = 40;  // the same without opacity
-  const VImage bgr0 =
-      VImage::bandjoin(std::vector{scene[2], scene[1], scene[0], scene[0] * 0}).flipver();
-  std::size_t size = 0;
-  const std::unique_ptr<void, decltype(&g_free)> pixels(
-      bgr0.cast(VIPS_FORMAT_UCHAR).write_to_memory(&size), g_free);
-  std::string lostPixels = shortHeader;
-  lostPixels[13] = 1;  // an offset past the end: the pixels follow the header
-  for (const std::string& header : {shortHeader, longHeader, lostPixels})
-    expectColours(header + std::string(static_cast<const char*>(pixels.get()), size), colours);
+  for (const char* name : {"bmp-without-opacity", "bmp-all-transparent", "bmp-wrong-offset"})
+    expectColours(seed(name), colours, 10);
 
   const Colours paler{176, 120, 120, 120, 168, 120, 120, 120, 176, 176, 176, 120};
   const VImage pale = (scene * .25 + 120).cast(VIPS_FORMAT_UCHAR);
@@ -133,18 +115,15 @@ TEST_F(Pictures, AreRotatedByTheirOrientation) {
   const VImage rotated[] = {
       v,          v.fliphor(),          v.rot180(), v.flipver(), v.rot90().fliphor(),
       v.rot270(), v.rot270().fliphor(), v.rot90()};
-  for (int orientation = 1; orientation <= 8; ++orientation)
-    expectColours(tagged(rotated[orientation - 1], orientation), ".jpg[Q=95] .tif .png .webp",
-                  colours);
-  // HEIF files are rotated by the property irot; their Exif orientation is ignored.
-  const VImage quarters[] = {v, v.rot90(), v.rot180(), v.rot270()};
-  for (char turns = 0; turns < 4; ++turns)
-    for (const char* format : {".heic[Q=90]", ".avif[Q=90]"}) {
-      std::string file = encoded(tagged(quarters[+turns], 1), format);
-      file[file.find({0x12, 1, 3, 0, 1, 0, 0, 0, 1, 0}) + 8] = 3;
-      file.replace(file.find("pixi"), 5, {'i', 'r', 'o', 't', turns});
-      expectColours(file, colours);
-    }
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    VImage tagged = rotated[orientation - 1].copy();
+    tagged.set(VIPS_META_ORIENTATION, orientation);
+    encoded(tagged, ".jpg[Q=98]");  // adds an Exif block
+    tagged = VImage::new_from_file((folder / "encoded.jpg").c_str()).copy_memory();
+    expectColours(tagged, ".jpg[Q=95] .tif .png .webp", colours);
+  }
+  // HEIF files are rotated by the property irot; their Exif orientation, here 3, is ignored.
+  for (const char* name : {"heic-turned", "avif-turned"}) expectColours(seed(name), colours, 10);
 }
 
 TEST_F(Pictures, InGifFilesHaveTheWholeCanvas) {
@@ -158,7 +137,7 @@ TEST_F(Pictures, InGifFilesHaveTheWholeCanvas) {
     const VImage image = VImage::new_from_file(saved(gif).c_str());
     EXPECT_EQ(image.width(), std::max<int>(canvas[0], left + 160));
     EXPECT_EQ(image.height(), std::max<int>(canvas[1], top + 120));
-    EXPECT_NEAR(image.getpoint(left + 4, top + 4).at(1), 0, 10) << "red";
+    EXPECT_NEAR(image.getpoint(left + 4, top + 4).at(0), 224, 10) << "red";
     EXPECT_NEAR(image.getpoint(left - 5, top - 5).at(1), 255, 10) << "white";
   }
 }
@@ -209,22 +188,10 @@ TEST_F(Pictures, InCameraRawOrUnknownColoursAreRefused) {
   const VImage inks = scene.colourspace(VIPS_INTERPRETATION_CMYK);
   EXPECT_EQ(whyRefused(inks.cast(VIPS_FORMAT_FLOAT), {}), unknown);
 
-  // As old scanners wrote it: the only strip is a whole JPEG file.
-  const std::string jpeg = encoded(scene, ".jpg[Q=95]");
-  constexpr std::uint32_t at = 200'000;
-  const auto size = static_cast<std::uint32_t>(jpeg.size());
-  std::string old = tiffWith(scene, {{TIFFTAG_COMPRESSION, TIFF_SHORT, 1, COMPRESSION_OJPEG},
-                                     photometric(PHOTOMETRIC_YCBCR),
-                                     {TIFFTAG_STRIPOFFSETS, TIFF_LONG, 1, at},
-                                     {TIFFTAG_STRIPBYTECOUNTS, TIFF_LONG, 1, size},
-                                     {TIFFTAG_ROWSPERSTRIP, TIFF_SHORT, 1, 120},
-                                     {TIFFTAG_JPEGIFOFFSET, TIFF_LONG, 1, at},
-                                     {TIFFTAG_JPEGIFBYTECOUNT, TIFF_LONG, 1, size},
-                                     {TIFFTAG_YCBCRSUBSAMPLING, TIFF_SHORT, 2, 2 | 2 << 16}});
-  old.resize(at);
-  expectColours(old + jpeg, colours);
+  std::string old = seed("old-jpeg-tiff");  // as scanners wrote it: the only strip is a JPEG file
+  expectColours(old, colours, 10);
   old.replace(8, 3, "CR\2");
-  EXPECT_FALSE(fileOf(old + jpeg)->OpenAsPicture());
+  EXPECT_EQ(fileOf(old)->OpenAsPicture().why().reason, raw);
 }
 
 TEST_F(Pictures, ThatAreDamagedAreAcceptedIfTheyDecode) {
@@ -234,7 +201,8 @@ TEST_F(Pictures, ThatAreDamagedAreAcceptedIfTheyDecode) {
     for (const auto& [name, whole] : contentsOf(set))
       for (std::size_t damage = 0; damage < 40; ++damage) {
         std::string bytes = whole.substr(0, damage % 5 ? whole.size() : random() % whole.size());
-        const std::size_t reach = damage % 2 ? bytes.size() : std::min(bytes.size(), 900UL);
+        const std::size_t reach =
+            damage % 2 ? bytes.size() : std::min(bytes.size(), std::size_t{900});
         for (std::size_t flips = damage % 8; flips > 0 && reach > 0; --flips)
           bytes[random() % reach] = static_cast<char>(random());
         attempt(bytes, folder);
@@ -243,31 +211,15 @@ TEST_F(Pictures, ThatAreDamagedAreAcceptedIfTheyDecode) {
   EXPECT_GT(taken, 200);
 }
 
-TEST_F(Pictures, AreNotTextsDrawingsOrTables) {
-  for (const char* text : {"", "BM", "BMW, la voiture de mon oncle", "1,2\n3,4\n", "GIF89a",
-                           "P3\n1 1\n255\n255 0 0\n", "%PDF-1.4\n", "\xff\xd8\xff\xe0",
-                           "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>",
-                           "push graphic-context\nviewbox 0 0 9 9\n"})
-    EXPECT_FALSE(ScanState::isOpenablePicture(fileOf(text))) << text;
-}
-
 TEST_F(Pictures, ThatNeedTooMuchMemoryAreRefused) {
   // Large pictures, for which libraries would use temporary files or threads, are accepted.
   for (const char* format : {".png", ".webp[lossless,effort=0]", ".bmp"})
     EXPECT_TRUE(fs::exists(saved(encoded(VImage::black(6000, 6000), format)))) << format;
-  EXPECT_TRUE(fs::exists(saved(encoded(VImage::black(65500, 8), ".png"))));
-  std::string png = read(sample("aquarelle.png")), bmp = read(sample("plan [2005].bmp"));
-  const std::string side65535("\x00\x00\xff\xff\x00\x00\xff\xff\x00\x00", 10);
-  png.replace(16, 8, side65535, 0, 8).replace(29, 4, "\x44\x2b\xc4\x63");  // checksum
-  bmp.replace(18, 8, side65535, 2, 8);
-  for (const auto& large : {png, bmp}) EXPECT_FALSE(fileOf(large)->OpenAsPicture());
+  for (const char* name : {"png-65535", "bmp-16000"})
+    EXPECT_EQ(fileOf(seed(name))->OpenAsPicture().why().reason, "trop grande") << name;
 
   const VImage noise = (scene + VImage::gaussnoise(160, 120)).cast(VIPS_FORMAT_UCHAR);
-  for (const auto& [bytes, scans] :
-       {std::pair{encoded(noise, ".jpg[interlace,Q=95]"), 10},
-        {read(fs::path(ORVELIN_SEEDS) / "picture/separate-scans"), 3}}) {
-    PictureFile file(Descriptor(::open(fileOf(bytes)->Path().c_str(), O_RDONLY)));
-    EXPECT_EQ(countBufferedScans(file), scans);
+  for (const auto& bytes : {encoded(noise, ".jpg[interlace,Q=95]"), seed("separate-scans")}) {
     EXPECT_TRUE(ScanState::isOpenablePicture(fileOf(bytes)));
     std::string buffered = bytes.substr(0, bytes.find("\xff\xda", bytes.find("\xff\xda") + 2));
     EXPECT_TRUE(fileOf(buffered)->OpenAsPicture());
