@@ -64,7 +64,10 @@ Ref<FolderItem> SelectFolder() {
     // Some desktops return a path that doesn't exist. Use the text of Qt's own dialog.
     const QString notFound = QFileDialog::tr(
         "%1\nDirectory not found.\nPlease verify the correct directory name was given.");
-    QMessageBox::warning(mainWindow(), dialog.windowTitle(), notFound.arg(url.fileName()));
+    QMessageBox box(QMessageBox::Warning, dialog.windowTitle(), notFound.arg(url.fileName()),
+                    QMessageBox::Ok, mainWindow());
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
   }
   return nullptr;
 }
