@@ -47,7 +47,7 @@ class JpegTarget {
                                                                                           : -1;
   }
   bool passOn(std::string_view bytes) {
-    if (std::exchange(begun_, true) || bytes.substr(6, 4) == "JFIF") return write_(bytes);
+    if (std::exchange(begun_, true) || bytes.substr(0, 10).ends_with("JFIF")) return write_(bytes);
     const std::string_view start = bytes.substr(0, 2);
     return write_(start) && write_(jfifSegment) && write_(bytes.substr(start.size()));
   }
