@@ -50,15 +50,14 @@ TEST_F(Archive, UnpacksAndPacksTheExampleExactly) {
   write(cd / "a.txt", "something longer");
   unpack(example + "trailing bytes");
   EXPECT_EQ(contentsOf(cd), (Contents{{"X", "a folder"}, {"a.txt", "hi"}}));
-  EXPECT_LT(fs::file_time_type::clock::now() - fs::last_write_time(cd), 24h)
-      << "stored times are not applied";
+  EXPECT_NE(item(cd / "a.txt")->ModificationDate().Year(), 1999) << "the stored time";
   for (const fs::path& path : {cd / "X", cd / "a.txt", cd})
     setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // Paris is an hour ahead in winter
   std::string packed = pack(cd);
   // A test can set modification times but not creation times.
   const auto created = std::bit_cast<std::int64_t>(item(cd)->CreationDate().TotalSeconds());
   EXPECT_EQ(packed.substr(20, 8), number(created >> 32) + number(created & 0xffffffff));
-  EXPECT_NE(packed.substr(20, 8), packed.substr(12, 8));
+  EXPECT_GT(packed.substr(20, 8), packed.substr(12, 8)) << "now, not when it was modified";
   for (const std::size_t at : {20U, 51U, 84U}) packed.replace(at, 8, example, at, 8);
   EXPECT_EQ(packed, example);
 }
@@ -77,8 +76,7 @@ TEST_F(Archive, IsCompleteOrNotCreatedByTheTool) {
     return std::system((in + "'" ORVELIN_PACK "' . ../made").c_str()) / 256;
   };
   fs::create_directory(folder / "CD");
-  EXPECT_EQ(status(), 0);
-  EXPECT_EQ(read(folder / "made").substr(9, 3), text("CD")) << "the real name of the folder";
+  EXPECT_TRUE(status() == 0 && read(folder / "made").substr(9, 3) == text("CD")) << "its real name";
   for (const char* target : {"..", "nowhere"}) {
     fs::create_symlink(target, folder / "CD/odd");
     EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "with a symlink to " << target;
@@ -108,10 +106,6 @@ TEST_F(Archive, IsReadAsFarAsPossibleIfTruncatedOrWrong) {
   unpack(text("[FILE]") + text("negative") + times + number(-1) + "not read");
   EXPECT_EQ(read(folder / "out/long") + read(folder / "out/negative"), "all there is");
   EXPECT_EQ(treeOf(folder / "out"), (Tree{"CD", "CD/X", "CD/a.txt", "long", "negative"}));
-
-  std::string deep;
-  for (int i = 0; i < 5000; ++i) deep += folderEntry("d", 1);
-  EXPECT_THROW(unpack(deep), NilObjectException) << "path too long";
 }
 
 TEST_F(Archive, IsNotMadeOrReadFromNilOrTheWrongKind) {

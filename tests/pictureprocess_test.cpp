@@ -24,10 +24,9 @@ namespace {
 CallFaults requests, answers, reads;
 
 pid_t pictureProcess = 0;
-bool asked = false;     // since the process was started
-clockid_t fastClock{};  // advances by 100 seconds at each call
-bool isFast = false;
-time_t skews[2];  // of the monotonic clock and the CPU clock
+bool asked = false;       // since the process was started
+clockid_t fastClock = 0;  // if not 0, advances by 100 seconds at each call
+time_t skews[2];          // of the monotonic clock and the CPU clock
 
 }  // namespace
 
@@ -39,7 +38,8 @@ extern "C" int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_
       reinterpret_cast<decltype(&posix_spawn)>(::dlsym(RTLD_NEXT, "posix_spawn"));
   const int error = next(pid, path, actions, attributes, arguments, environment);
   pictureProcess = *pid;
-  asked = isFast = false;
+  asked = false;
+  fastClock = 0;
   skews[1] = 0;
   return error;
 }
@@ -69,7 +69,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const auto result = int(::syscall(SYS_clock_gettime, clock, time));
   const bool ofProcess = clock < 0;
   if (!ofProcess && clock != CLOCK_MONOTONIC) return result;
-  if (isFast && ofProcess == (fastClock < 0)) skews[ofProcess] += 100;
+  if (fastClock != 0 && ofProcess == (fastClock < 0)) skews[ofProcess] += 100;
   time->tv_sec += skews[ofProcess];
   return result;
 }
@@ -82,7 +82,6 @@ TEST_F(Faults, InThePictureProcessCostAPictureOnlyIfRepeated) {
   const auto stop = [](clockid_t clock) {
     ::kill(pictureProcess, SIGSTOP);
     fastClock = clock;
-    isFast = true;
   };
   const struct {
     CallFaults& calls;
@@ -120,24 +119,21 @@ TEST_F(Faults, InReadsAreNotTakenForTheEndOfTheFile) {
     vips::VImage::gaussnoise(400, 300).cast(VIPS_FORMAT_UCHAR).write_to_file(path.c_str());
     const std::string bytes = read(path);
     int counts[2];
-    for (const auto operation : {PictureOperation::Decode, PictureOperation::Encode})
-      for (const bool cut : {false, true}) {
-        int left = 0;
-        for (int failures = 1; failures > 0; ++left) {
-          SCOPED_TRACE(format + ", read " + std::to_string(left));
-          write(path, bytes);
-          Descriptor file(::open(path.c_str(), O_RDONLY));
-          reads = {left};
-          if (cut) reads.instead = [&] { fs::resize_file(path, 0); };
-          const auto verdict =
-              Decoder(std::move(file)).perform(operation, [](auto) { return true; }).verdict;
-          failures = std::exchange(reads, {}).failures;
-          EXPECT_EQ(verdict, failures > 0 ? PictureVerdict::NotRead : PictureVerdict::Good);
-          EXPECT_LE(failures, 1) << "no read after a failure";
-        }
-        EXPECT_GT(left, 3) << "too few reads";
-        counts[operation == PictureOperation::Encode] = left;
+    for (const auto operation : {PictureOperation::Decode, PictureOperation::Encode}) {
+      int left = 0;
+      for (int failures = 1; failures > 0; ++left) {
+        SCOPED_TRACE(format + ", read " + std::to_string(left));
+        Descriptor file(::open(path.c_str(), O_RDONLY));
+        reads = {left};
+        const auto verdict =
+            Decoder(std::move(file)).perform(operation, [](auto) { return true; }).verdict;
+        failures = std::exchange(reads, {}).failures;
+        EXPECT_EQ(verdict, failures > 0 ? PictureVerdict::NotRead : PictureVerdict::Good);
+        EXPECT_LE(failures, 1) << "no read after a failure";
       }
+      EXPECT_GT(left, 3) << "too few reads";
+      counts[operation == PictureOperation::Encode] = left;
+    }
     EXPECT_EQ(2 * counts[0] < counts[1], format == "jpg" || format == "png")
         << "the scan reads only the beginning";
 
@@ -154,7 +150,7 @@ TEST_F(Faults, InReadsAreNotTakenForTheEndOfTheFile) {
 }
 
 TEST_F(Faults, AfterTheScanCostThePictureButNotItsRecord) {
-  const fs::path photo = photos / "noise.jpg", dcim = cd / "DIGIFILM/dcim";
+  const fs::path photo = photos / "noise.jpg";
   fs::remove_all(photos);
   fs::create_directory(photos);
   vips::VImage::gaussnoise(400, 300).write_to_file(photo.c_str());
@@ -166,20 +162,18 @@ TEST_F(Faults, AfterTheScanCostThePictureButNotItsRecord) {
             "Orvelin\u00A0: Impossible de lire «\u00A0" + photo.string() +
                 "\u00A0»\u00A0: le fichier a changé entre-temps.\n");
   EXPECT_NE(read(cd / "DIGIFILM/digifilm.txt").find("noise.jpg"), std::string::npos);
-  EXPECT_EQ(treeOf(dcim), Tree{"100k6230"});
+  EXPECT_EQ(treeOf(cd / "DIGIFILM/dcim"), Tree{"100k6230"});
 }
 
 TEST_F(Faults, InStartingThePictureProcessEndTheAction) {
   const fs::path program = bundleFolder() / "Contents/Linux/orvelin-pictures",
-                 away = folder / "away";
+                 away = program.string() + ".away";
   endPictureProcess();
-  fs::copy(program, away);
-  fs::remove(program);
+  fs::rename(program, away);
   EXPECT_THROW(item(photos / "aquarelle.png")->OpenAsPicture(), NilObjectException);
   fs::create_symlink("/bin/true", program);
   EXPECT_THROW(item(photos / "aquarelle.png")->OpenAsPicture(), NilObjectException);
-  fs::remove(program);
-  fs::copy(away, program);
+  fs::rename(away, program);
   EXPECT_TRUE(item(photos / "aquarelle.png")->OpenAsPicture());
 }
 
