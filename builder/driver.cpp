@@ -1,7 +1,5 @@
 #include "builder/driver.h"
 
-#include <string>
-
 #include "archive/gonfleur.h"
 #include "builder/orderfile.h"
 #include "photos/unfinished.h"

@@ -5,10 +5,8 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <system_error>
 
 #include "platform/core/bundle.h"

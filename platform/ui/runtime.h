@@ -31,7 +31,7 @@ class Runtime {
   /// Stops Qt. Returns the exit status.
   int stop();
 
-  /// Handles Qt's events while an action runs, at most every 8 ms.
+  /// Handles Qt's events while an action runs, about every 8 ms.
   static void processPendingEvents();
 
   /// While this object exists, the running action has a dialog open: the dialog gets input, and the

@@ -13,8 +13,8 @@ class QWidget;
 
 namespace orvelin {
 
-/// A window of fixed size. Programs derive from it and override the
-/// virtual functions, which `open` and events call.
+/// A window of fixed size. Programs derive from it and override the virtual functions, which `open`
+/// and events call.
 class Window {
  public:
   Window(const Window&) = delete;
