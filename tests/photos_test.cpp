@@ -34,7 +34,6 @@ using Records = FileTest;
 TEST_F(Records, ShiftTheYearSoSomeDatesCountADayMore) {
   using namespace std::chrono;
   write(folder / "photo", "no picture");
-  // Paris is an hour ahead in winter.
   const auto stampOf = [this](std::time_t modified) {
     setTime(folder / "photo", modified);
     const std::string record = DigiItem(item(folder / "photo"), item(folder), 0).BuildData();
@@ -47,6 +46,7 @@ TEST_F(Records, ShiftTheYearSoSomeDatesCountADayMore) {
       const bool early = day.month() <= February;
       const bool more = y % 4 == 0 ? early : y % 4 == 2 ? !early : y % 4 == 3;
       const auto count = seconds{sys_days{date}.time_since_epoch()}.count();
+      // Paris is an hour ahead in winter.
       EXPECT_EQ(std::stoll(stampOf(count - 3600), nullptr, 16), count + (more ? 86400 : 0));
     }
   EXPECT_EQ(stampOf(-3600) + stampOf(-3600 - 31) + stampOf(-3600 + 15), "0x00x-1f0xf");
