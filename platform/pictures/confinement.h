@@ -2,10 +2,12 @@
 
 namespace orvelin {
 
-/// Whether this is GCC's build with AddressSanitizer, which reserves more memory than the limit and
-/// ptraces the process to find leaks. Such a build has no limit on memory and no seccomp.
+/// Whether this build has AddressSanitizer, which reserves more memory than the limit and ptraces
+/// the process to find leaks. Such a build has no limit on memory and no seccomp.
 #if defined(__SANITIZE_ADDRESS__)
 inline constexpr bool sanitized = true;
+#elif defined(__has_feature)
+inline constexpr bool sanitized = __has_feature(address_sanitizer);
 #else
 inline constexpr bool sanitized = false;
 #endif
