@@ -1,32 +1,30 @@
 #include "platform/core/pictureprocess.h"
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/socket.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <ctime>
 #include <functional>
+#include <string>
 #include <utility>
 
 #include "faults.h"
 #include "platform/core/bundle.h"
 #include "platform/pictures/decoder.h"
 
-using orvelin::test::CallFaults;
+using orvelin::test::CallFaults, orvelin::test::callReplaced;
 
 namespace {
 
 CallFaults requests, answers, reads;
 
 pid_t pictureProcess = 0;
-bool asked = false;       // since the process was started
-clockid_t fastClock = 0;  // if not 0, advances by 100 seconds at each call
-time_t skews[2];          // of the monotonic clock and the CPU clock
+bool asked = false;                     // since the process was started
+time_t monotonicSkew = 0, cpuSkew = 0;  // of the clocks, in seconds
 
 }  // namespace
 
@@ -34,22 +32,20 @@ time_t skews[2];          // of the monotonic clock and the CPU clock
 extern "C" int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
                            const posix_spawnattr_t* attributes, char* const* arguments,
                            char* const* environment) {
-  static const auto next =
-      reinterpret_cast<decltype(&posix_spawn)>(::dlsym(RTLD_NEXT, "posix_spawn"));
-  const int error = next(pid, path, actions, attributes, arguments, environment);
-  pictureProcess = *pid;
   asked = false;
-  fastClock = 0;
-  skews[1] = 0;
+  cpuSkew = 0;
+  const int error = callReplaced<::posix_spawn>("posix_spawn", pid, path, actions, attributes,
+                                                arguments, environment);
+  pictureProcess = *pid;
   return error;
 }
 extern "C" ssize_t sendmsg(int socket, const msghdr* message, int flags) {
   requests.succeeds();  // before sending: the answer must not come first
   asked = true;
-  return ::syscall(SYS_sendmsg, socket, message, flags);
+  return callReplaced<::sendmsg>("sendmsg", socket, message, flags);
 }
 extern "C" ssize_t recv(int socket, void* bytes, size_t count, int flags) {
-  const ssize_t got = ::syscall(SYS_recvfrom, socket, bytes, count, flags, nullptr, nullptr);
+  const ssize_t got = callReplaced<::recv>("recv", socket, bytes, count, flags);
   if (got < 0 || !asked || answers.succeeds()) return got;
   auto& answer = *static_cast<orvelin::PictureAnswer*>(bytes);
   static int falsified = 0;
@@ -60,102 +56,119 @@ extern "C" ssize_t recv(int socket, void* bytes, size_t count, int flags) {
   return got;
 }
 extern "C" ssize_t pread(int file, void* bytes, size_t count, off_t at) {
-  constexpr size_t max = 6000;
-  if (reads.succeeds()) return ::syscall(SYS_pread64, file, bytes, std::min(count, max), at);
+  constexpr size_t max = 4000;  // less than the program reads at once
+  if (reads.succeeds())
+    return callReplaced<::pread>("pread", file, bytes, std::min(count, max), at);
   errno = EIO;
   return -1;
 }
 extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
-  const auto result = int(::syscall(SYS_clock_gettime, clock, time));
-  const bool ofProcess = clock < 0;
-  if (!ofProcess && clock != CLOCK_MONOTONIC) return result;
-  if (fastClock != 0 && ofProcess == (fastClock < 0)) skews[ofProcess] += 100;
-  time->tv_sec += skews[ofProcess];
+  const int result = callReplaced<::clock_gettime>("clock_gettime", clock, time);
+  if (clock < 0) time->tv_sec += cpuSkew;  // the clock of a process
+  if (clock == CLOCK_MONOTONIC) time->tv_sec += monotonicSkew;
   return result;
 }
 // NOLINTEND(*-inconsistent-declaration-*)
 
 namespace orvelin::test {
 
-TEST_F(Faults, InThePictureProcessCostAPictureOnlyIfRepeated) {
-  const auto kill = [] { ::kill(pictureProcess, SIGKILL); };
-  const auto stop = [](clockid_t clock) {
+using namespace std::string_literals;
+
+class PictureProcess : public Faults {
+ protected:
+  void TearDown() override { monotonicSkew = 0; }
+};
+
+TEST_F(PictureProcess, LosesAPictureOnlyByRepeatedFaults) {
+  const auto stop = [](time_t& skew) {  // and let time fly until the next process is started
     ::kill(pictureProcess, SIGSTOP);
-    fastClock = clock;
+    atYields([&, stopped = pictureProcess] { skew += stopped == pictureProcess ? 100 : 0; });
   };
   const struct {
+    const char* name;
     CallFaults& calls;
     std::function<void()> fault;
     std::string reason;
+    int stride = 1;
     int needed = 2;  // faults that cost the picture
-    int step = 1;
-  } ways[] = {{requests, kill, "le décodeur s’est arrêté"},
-              {answers, nullptr, "le décodeur s’est arrêté"},
-              {requests, [&] { stop(CLOCK_MONOTONIC); }, "trop long", 2, 3},
-              {requests, [&] { stop(-2); }, "trop long", 1, 3}};
+  } ways[] = {
+      {"killed", requests, [] { ::kill(pictureProcess, SIGKILL); }, "le décodeur s’est arrêté"},
+      {"wrong answer", answers, nullptr, "le décodeur s’est arrêté"},
+      {"stalled", requests, [&] { stop(monotonicSkew); }, "trop long", 3},
+      {"out of CPU time", requests, [&] { stop(cpuSkew); }, "trop long", 3, 1},
+  };
   for (const auto& way : ways)
-    for (int times = 1; times <= 2; ++times)
-      sweep(
-          {0, times, false, way.fault},
-          [&](const CallFaults& fault) {
-            way.calls = fault;
-            testing::internal::CaptureStderr();
-            EXPECT_TRUE(build(cd));
-            const std::string log = testing::internal::GetCapturedStderr();
-            const int failures = std::exchange(way.calls, {}).failures;
-            const int lost = failures / way.needed;
-            EXPECT_EQ(std::ranges::count(log, '\n'), lost) << log;
-            EXPECT_TRUE(lost == 0 || log.find(way.reason) != std::string::npos) << log;
-            EXPECT_EQ(contentsOf(cd) == calm, lost == 0);
-            expectNothingPartial(true, false);
-            return failures;
-          },
-          way.step);
+    for (const int times : {1, 2}) {
+      const CallFaults faults{.times = times, .instead = way.fault, .stride = way.stride};
+      sweep(way.name + " x "s + std::to_string(times), faults, [&](const CallFaults& fault) {
+        way.calls = fault;
+        testing::internal::CaptureStderr();
+        EXPECT_TRUE(build(cd));
+        const std::string log = testing::internal::GetCapturedStderr();
+        const int failures = std::exchange(way.calls, {}).failures;
+        const int lost = failures / way.needed;
+        EXPECT_EQ(std::ranges::count(log, '\n'), lost) << log;
+        EXPECT_TRUE(lost == 0 || log.find(way.reason) != std::string::npos) << log;
+        EXPECT_EQ(contentsOf(cd) == calm, lost == 0);
+        expectNothingPartial(true, false);
+        return failures;
+      });
+    }
 }
 
-TEST_F(Faults, InReadsAreNotTakenForTheEndOfTheFile) {
+TEST_F(PictureProcess, HasItsLimitOfCpuTimeForEachPicture) {
+  // Together, two pictures take more than the limit. The process stops for two yields, because
+  // limits are checked only during a wait.
+  requests = {.left = 0, .times = 2, .instead = [] {
+                ::kill(pictureProcess, SIGSTOP);
+                cpuSkew += 200;
+              }};
+  atYields([yields = 0]() mutable { ::kill(pictureProcess, ++yields % 2 == 0 ? SIGCONT : 0); });
+  for (const char* name : {"first", "second"})
+    EXPECT_TRUE(item(photos / "aquarelle.png")->OpenAsPicture()) << name;
+}
+
+TEST_F(PictureProcess, DoesNotTakeAFailedReadForTheEndOfTheFile) {
   for (const std::string format : {"png", "tif", "webp", "gif", "heic", "avif", "bmp", "jpg"}) {
+    SCOPED_TRACE(format);
     const std::string path = folder / ("noise." + format);
     vips::VImage::gaussnoise(400, 300).cast(VIPS_FORMAT_UCHAR).write_to_file(path.c_str());
-    const std::string bytes = read(path);
-    int counts[2];
-    for (const auto operation : {PictureOperation::Decode, PictureOperation::Encode}) {
-      int left = 0;
-      for (int failures = 1; failures > 0; ++left) {
-        SCOPED_TRACE(format + ", read " + std::to_string(left));
+    const auto readsOf = [&](const char* name, PictureOperation operation) {
+      return sweep(name, {}, [&](const CallFaults& fault) {
         Descriptor file(::open(path.c_str(), O_RDONLY));
-        reads = {left};
-        const auto verdict =
-            Decoder(std::move(file)).perform(operation, [](auto) { return true; }).verdict;
-        failures = std::exchange(reads, {}).failures;
-        EXPECT_EQ(verdict, failures > 0 ? PictureVerdict::NotRead : PictureVerdict::Good);
+        reads = fault;
+        const auto answer = Decoder(std::move(file)).perform(operation, [](auto) { return true; });
+        const int failures = std::exchange(reads, {}).failures;
+        EXPECT_EQ(answer.verdict, failures > 0 ? PictureVerdict::NotRead : PictureVerdict::Good);
         EXPECT_LE(failures, 1) << "no read after a failure";
-      }
-      EXPECT_GT(left, 3) << "too few reads";
-      counts[operation == PictureOperation::Encode] = left;
-    }
-    EXPECT_EQ(2 * counts[0] < counts[1], format == "jpg" || format == "png")
+        return failures;
+      });
+    };
+    const int scan = readsOf("scan, read", PictureOperation::Decode),
+              conversion = readsOf("conversion, read", PictureOperation::Encode);
+    EXPECT_EQ(2 * scan < conversion, format == "jpg" || format == "png")
         << "the scan reads only the beginning";
 
-    write(path, bytes.substr(0, bytes.size() * 2 / 3));
+    fs::resize_file(path, fs::file_size(path) * 2 / 3);
     testing::internal::CaptureStderr();
     const auto picture = item(path)->OpenAsPicture();
     const bool taken = picture && picture->decodes();
     if (taken) item(folder / format)->SaveAsJPEG(picture);
-    EXPECT_EQ(taken, fs::exists(folder / format)) << format;
-    EXPECT_EQ(taken, std::string("jpg png gif bmp").find(format) != std::string::npos) << format;
+    EXPECT_EQ(taken, fs::exists(folder / format)) << "truncated";
+    EXPECT_EQ(taken, std::string("jpg png gif bmp").find(format) != std::string::npos);
     const std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_NE(log.find(taken ? "Image à vérifier" : "Image ignorée"), std::string::npos) << format;
+    EXPECT_NE(log.find(taken ? "Image à vérifier" : "Image ignorée"), std::string::npos) << log;
   }
 }
 
-TEST_F(Faults, AfterTheScanCostThePictureButNotItsRecord) {
+TEST_F(PictureProcess, LosesThePictureButNotTheRecordIfTheFileChangesAfterTheScan) {
   const fs::path photo = photos / "noise.jpg";
   fs::remove_all(photos);
   fs::create_directory(photos);
   vips::VImage::gaussnoise(400, 300).write_to_file(photo.c_str());
   // The fourth request is Encode.
-  requests = {3, 1, false, [&] { fs::resize_file(photo, fs::file_size(photo) - 1); }};
+  requests = {
+      .left = 3, .times = 1, .instead = [&] { fs::resize_file(photo, fs::file_size(photo) - 1); }};
   testing::internal::CaptureStderr();
   EXPECT_TRUE(build(cd));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -165,7 +178,7 @@ TEST_F(Faults, AfterTheScanCostThePictureButNotItsRecord) {
   EXPECT_EQ(treeOf(cd / "DIGIFILM/dcim"), Tree{"100k6230"});
 }
 
-TEST_F(Faults, InStartingThePictureProcessEndTheAction) {
+TEST_F(PictureProcess, EndsTheActionIfItDoesNotStart) {
   const fs::path program = bundleFolder() / "Contents/Linux/orvelin-pictures",
                  away = program.string() + ".away";
   endPictureProcess();

@@ -1,8 +1,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <thread>
-
 #include "platform/core/standardstreams.h"
 #include "platform/core/volumes.h"
 #include "support.h"
@@ -20,26 +18,6 @@ TEST_F(Names, ThatAreInvalidGiveNil) {
   EXPECT_EQ(base->Child("..a")->Path().native(), folder / "..a");
   EXPECT_EQ(item("/")->Name(), "/");
   EXPECT_EQ(base->Name(), folder.filename());
-}
-
-TEST_F(Names, AreListedAgainIfTheFolderMayHaveChanged) {
-  const auto base = item(folder);
-  for (const char* name : {"a", "b"}) write(folder / name, "");
-  EXPECT_TRUE(base->Count() == 2 && !base->Item(0) && !base->Item(3));
-  fs::remove(folder / "b");
-  EXPECT_FALSE(base->Item(2)->Exists()) << "items come from the last listing";
-  EXPECT_EQ(base->Count(), 1);
-
-  setTime(folder, 4'000'000'000);
-  EXPECT_FALSE(Listing(folder).isCurrent()) << "another change may have the same time";
-  std::this_thread::sleep_for(3100ms);
-  const Listing listing(folder);
-  EXPECT_TRUE(listing.isCurrent());
-  EXPECT_FALSE(Listing(sample("IMG_0001.JPG")).isCurrent()) << "not a folder";
-  write(folder / "new", "");
-  setTime(folder, 4'000'000'000);
-  std::this_thread::sleep_for(3100ms);
-  EXPECT_FALSE(listing.isCurrent());
 }
 
 using Files = FileTest;
