@@ -193,7 +193,7 @@ TEST_F(WindowTest, DiscardsInputDuringABuildAndQuitsAfterIt) {
   const auto bothBuilds = [&] {
     build(storm);
     EXPECT_EQ(std::exchange(message, ""), "Votre DigiFilm est créé !");
-    build([this] { frame->close(); });
+    build([this] { EXPECT_FALSE(frame->close()) << "the window goes away during a build"; });
   };
   EXPECT_EQ(statusAfter(bothBuilds), 0);
   EXPECT_EQ(message, "Votre DigiFilm est créé !");
