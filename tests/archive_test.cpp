@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <bit>
 #include <climits>
 #include <cstdlib>
@@ -19,13 +20,16 @@ std::string number(std::int64_t value) {
   for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xff);
   return bytes;
 }
+/// Modified 3,000,000,000 and created 2,900,000,000 seconds after the start of 1904.
 const std::string times = "\x41\xE6\x5A\x0B\xC0\0\0\0\x41\xE5\x9B\x4F\xA0\0\0\0"s;
+std::string head(const std::string& name, std::int64_t count) {
+  return text(name) + times + number(count);
+}
 std::string folderEntry(const std::string& name, std::int64_t count) {
-  return text("[FOLDER]") + text(name) + times + number(count);
+  return text("[FOLDER]") + head(name, count);
 }
 std::string fileEntry(const std::string& name, const std::string& data) {
-  return text("[FILE]") + text(name) + times + number(static_cast<std::int64_t>(data.size())) +
-         data;
+  return text("[FILE]") + head(name, static_cast<std::int64_t>(data.size())) + data;
 }
 /// A folder CD with an empty folder X and a file a.txt.
 const std::string example = folderEntry("CD", 2) + folderEntry("X", 0) + fileEntry("a.txt", "hi");
@@ -52,13 +56,16 @@ TEST_F(Archive, UnpacksAndPacksTheExampleExactly) {
   EXPECT_EQ(contentsOf(cd), (Contents{{"X", "a folder"}, {"a.txt", "hi"}}));
   EXPECT_NE(item(cd / "a.txt")->ModificationDate().Year(), 1999) << "the stored time";
   for (const fs::path& path : {cd / "X", cd / "a.txt", cd})
-    setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // Paris is an hour ahead in winter
+    setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // 1904 to 1970, and Paris to UTC
   std::string packed = pack(cd);
-  // A test can set modification times but not creation times.
+  // A test can set modification times but not creation times, which follow them.
+  const std::string modified = times.substr(0, 8);
+  const std::string stored = packed.substr(packed.find(modified) + 8, 8);
   const auto created = std::bit_cast<std::int64_t>(item(cd)->CreationDate().TotalSeconds());
-  EXPECT_EQ(packed.substr(20, 8), number(created >> 32) + number(created & 0xffffffff));
-  EXPECT_GT(packed.substr(20, 8), packed.substr(12, 8)) << "now, not when it was modified";
-  for (const std::size_t at : {20U, 51U, 84U}) packed.replace(at, 8, example, at, 8);
+  EXPECT_EQ(stored, number(created >> 32) + number(created & 0xffffffff));
+  EXPECT_GT(stored, modified) << "now, not when it was modified";
+  for (std::size_t at = 0; (at = packed.find(modified, at)) != std::string::npos; at += 8)
+    packed.replace(at, times.size(), times);
   EXPECT_EQ(packed, example);
 }
 
@@ -76,7 +83,8 @@ TEST_F(Archive, IsCompleteOrNotCreatedByTheTool) {
     return std::system((in + "'" ORVELIN_PACK "' . ../made").c_str()) / 256;
   };
   fs::create_directory(folder / "CD");
-  EXPECT_TRUE(status() == 0 && read(folder / "made").substr(9, 3) == text("CD")) << "its real name";
+  EXPECT_EQ(status(), 0);
+  EXPECT_TRUE(read(folder / "made").starts_with(text("[FOLDER]") + text("CD"))) << "its real name";
   for (const char* target : {"..", "nowhere"}) {
     fs::create_symlink(target, folder / "CD/odd");
     EXPECT_TRUE(status() == 1 && !fs::exists(folder / "made")) << "with a symlink to " << target;
@@ -87,23 +95,29 @@ TEST_F(Archive, IsCompleteOrNotCreatedByTheTool) {
 }
 
 TEST_F(Archive, HasTagsInAnyCaseAndCountsUnknownOnes) {
-  unpack(text("[folder]") + folderEntry("CD", 5).substr(9) + text("?") + text("") + text("[File]") +
-         fileEntry("a", "1").substr(7) + folderEntry("none", -5) + fileEntry("b", "") +
-         fileEntry("c", "not counted"));
+  unpack(text("[folder]") + head("CD", 5) + text("?") + text("") + text("[File]") + head("a", 1) +
+         "1" + folderEntry("none", -5) + fileEntry("b", "") + fileEntry("c", "not counted"));
   EXPECT_EQ(treeOf(folder / "out"), (Tree{"CD", "CD/a", "CD/b", "CD/none"}));
 }
 
 TEST_F(Archive, IsReadAsFarAsPossibleIfTruncatedOrWrong) {
-  for (const std::size_t size : {0U, 5U, 20U, 30U, 50U, 62U, 66U, 80U, 97U}) {
-    unpack(example.substr(0, size));
-    const int created = int(size >= 12) + int(size >= 43) + int(size >= 72);
-    EXPECT_EQ(treeOf(folder / "out").size(), created) << size;
+  const std::size_t names[] = {example.find("CD"), example.find('X'), example.find("a.txt")};
+  for (std::size_t size = 0; size < example.size(); ++size) {
+    SCOPED_TRACE("truncated to " + std::to_string(size) + " bytes");
+    fs::remove_all(folder / "out");
+    fs::create_directory(folder / "out");
+    // Throws if there is a tag but no name.
+    if (std::ranges::any_of(names, [=](auto name) { return name == size || name == size + 1; }))
+      EXPECT_THROW(unpack(example.substr(0, size)), NilObjectException);
+    else
+      EXPECT_NO_THROW(unpack(example.substr(0, size)));
+    const auto begun = std::ranges::count_if(names, [=](auto name) { return name < size; });
+    EXPECT_EQ(treeOf(folder / "out").size(), begun);
   }
   EXPECT_EQ(read(folder / "out/CD/a.txt"), "h");
-  EXPECT_THROW(unpack(example.substr(0, 41)), NilObjectException) << "an empty name";
 
-  unpack(text("[FILE]") + text("long") + times + number(INT_MAX) + "all there is");
-  unpack(text("[FILE]") + text("negative") + times + number(-1) + "not read");
+  unpack(text("[FILE]") + head("long", INT_MAX) + "all there is");
+  unpack(text("[FILE]") + head("negative", -1) + "not read");
   EXPECT_EQ(read(folder / "out/long") + read(folder / "out/negative"), "all there is");
   EXPECT_EQ(treeOf(folder / "out"), (Tree{"CD", "CD/X", "CD/a.txt", "long", "negative"}));
 }
@@ -123,13 +137,12 @@ TEST_F(Archive, IsNotMadeOrReadFromNilOrTheWrongKind) {
 TEST_F(Archive, CountsUnreadableFilesAndStoresSymlinkTargetsAndLowBitsOfLengths) {
   fs::create_directory(folder / "CD");
   ::mkfifo((folder / "CD/fifo").c_str(), 0666);
-  EXPECT_EQ(pack(folder / "CD").substr(28), number(1)) << "counted without an entry";
+  EXPECT_TRUE(pack(folder / "CD").ends_with(number(1))) << "counted without an entry";
 
   write(folder / "big", "first");
   fs::create_symlink("../big", folder / "CD/big");
   fs::resize_file(folder / "big", (std::uint64_t{1} << 32) + 5);
-  const std::string packed = pack(folder / "CD");
-  EXPECT_EQ(packed.substr(packed.size() - 9), number(5) + "first");
+  EXPECT_TRUE(pack(folder / "CD").ends_with(number(5) + "first"));
 }
 
 }  // namespace orvelin::test

@@ -36,10 +36,8 @@ void attempt(const std::string& bytes, const fs::path& folder) {
   const bool taken = verdict(PictureOperation::Decode) == PictureVerdict::Good;
   expect(taken == (opened && decodesCompletely(folder / "file")),
          "taken if and only if it decodes");
-  fs::remove(folder / "saved");
   if (!taken || verdict(PictureOperation::Encode) == PictureVerdict::TooLarge) return;
   expect(jpeg.substr(6, 4) == "JFIF", "encoded as JFIF");
-  write(folder / "saved", jpeg);
 }
 
 }  // namespace orvelin::test
