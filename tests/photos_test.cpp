@@ -48,8 +48,7 @@ TEST_F(Records, ShiftTheYearSoSomeDatesCountADayMore) {
       const bool more = y % 4 == 0 ? early : y % 4 == 2 ? !early : y % 4 == 3;
       const auto count = seconds{sys_days{date}.time_since_epoch()}.count();
       // Paris is an hour ahead in winter.
-      EXPECT_EQ(std::stoll(stampOf(count - 3600), nullptr, 16), count + (more ? 86400 : 0))
-          << y << '-' << unsigned(date.month()) << '-' << unsigned(date.day());
+      EXPECT_EQ(std::stoll(stampOf(count - 3600), nullptr, 16), count + (more ? 86400 : 0)) << y;
     }
   EXPECT_EQ(stampOf(-3600) + stampOf(-3600 - 31) + stampOf(-3600 + 15), "0x00x-1f0xf");
 }
