@@ -130,6 +130,7 @@ class Viewer(unittest.TestCase):
 
     def test_keeps_the_pictures_of_a_disc_that_is_taken_out(self):
         self.open('50')
+        self.until(lambda: self.drawn() and self.run_script('return drawing === null'))
         dcim = folder / '50/DIGIFILM/dcim'
         dcim.rename(dcim.with_name('out'))
         self.run_script('show(45)')
