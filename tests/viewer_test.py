@@ -165,7 +165,7 @@ class Viewer(unittest.TestCase):
         entries = self.run_script('return history.length')
         self.find('#close')[0].click()
         self.until(lambda: not full() and not large.is_displayed() and focused() == '158')
-        self.find('#grid a')[6].click()
+        self.shows(7, '#grid li:nth-child(7) a')
         self.shows(8, Keys.RIGHT)
         self.assertEqual(self.run_script('return history.length'), entries)
         self.until(lambda: self.browser.current_url.endswith('#photo=8'))
