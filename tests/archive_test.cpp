@@ -20,10 +20,10 @@ std::string number(std::int64_t value) {
   for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xff);
   return bytes;
 }
-/// Modified 3,000,000,000 and created 2,900,000,000 seconds after the start of 1904.
-const std::string times = "\x41\xE6\x5A\x0B\xC0\0\0\0\x41\xE5\x9B\x4F\xA0\0\0\0"s;
+/// 3,000,000,000 and 2,900,000,000 seconds after the start of 1904, as entries store them.
+const std::string modified = "\x41\xE6\x5A\x0B\xC0\0\0\0"s, created = "\x41\xE5\x9B\x4F\xA0\0\0\0"s;
 std::string head(const std::string& name, std::int64_t count) {
-  return text(name) + times + number(count);
+  return text(name) + modified + created + number(count);
 }
 std::string folderEntry(const std::string& name, std::int64_t count) {
   return text("[FOLDER]") + head(name, count);
@@ -58,14 +58,13 @@ TEST_F(Archive, UnpacksAndPacksTheExampleExactly) {
   for (const fs::path& path : {cd / "X", cd / "a.txt", cd})
     setTime(path, 3'000'000'000 - 2'082'844'800 - 3600);  // 1904 to 1970, and Paris to UTC
   std::string packed = pack(cd);
-  // A test can set modification times but not creation times, which follow them.
-  const std::string modified = times.substr(0, 8);
-  const std::string stored = packed.substr(packed.find(modified) + 8, 8);
-  const auto created = std::bit_cast<std::int64_t>(item(cd)->CreationDate().TotalSeconds());
-  EXPECT_EQ(stored, number(created >> 32) + number(created & 0xffffffff));
-  EXPECT_GT(stored, modified) << "now, not when it was modified";
-  for (std::size_t at = 0; (at = packed.find(modified, at)) != std::string::npos; at += 8)
-    packed.replace(at, times.size(), times);
+  // A test cannot set times of creation.
+  const std::string stored = packed.substr(packed.find(modified) + modified.size(), created.size());
+  const auto now = std::bit_cast<std::int64_t>(item(cd)->CreationDate().TotalSeconds());
+  EXPECT_EQ(stored, number(now >> 32) + number(now & 0xffffffff));
+  EXPECT_GT(stored, modified) << "when it was made, not when it was modified";
+  for (std::size_t at = 0; (at = packed.find(modified, at)) != std::string::npos;)
+    packed.replace(at += modified.size(), created.size(), created);
   EXPECT_EQ(packed, example);
 }
 

@@ -51,6 +51,7 @@ TEST_F(Build, CreatesNothingWithoutFoldersAndTheRestWithoutPicturesOrDatafile) {
 TEST_F(Build, LogsAReadOnlyFolderOnce) {
   for (const char* name : {"a", "b"}) addPhoto(name, "oiseau.webp");
   becomeOrdinaryUser();
+  // The first folder comes twice, because each build logs it.
   for (const fs::path& readOnly : {folder / "CD", folder / "CD", root / "dcim/100k6230", photos}) {
     SCOPED_TRACE(readOnly);
     fs::create_directories(readOnly);

@@ -83,6 +83,7 @@ TEST_F(ConfinementTest, AppliesToThePictureProcess) {
   for (const std::string& line : {"NoNewPrivs:\t1"s, "Threads:\t1\n"s, "Seccomp:\t" + calls})
     EXPECT_NE(status.find(line), std::string::npos) << line;
   EXPECT_EQ(read(process / "oom_score_adj"), "1000\n");
+  // AddressSanitizer needs more.
   const bool limited = read(process / "limits").find("3221225472") != std::string::npos;
   EXPECT_NE(limited, ::dlsym(RTLD_DEFAULT, "__asan_init") != nullptr) << "3 GiB of data";
   EXPECT_EQ(std::distance(fs::directory_iterator(process / "fd"), {}), 4)

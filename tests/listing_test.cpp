@@ -8,7 +8,7 @@
 
 static std::time_t skew = 0;  // of the clock, in seconds
 
-// Replaces the system call of the program. NOLINTNEXTLINE(*-inconsistent-declaration-*)
+// Replaces the C library's function. NOLINTNEXTLINE(*-inconsistent-declaration-*)
 extern "C" std::time_t time(std::time_t* result) noexcept {
   return orvelin::test::callReplaced<::time>("time", result) + skew;
 }
@@ -31,7 +31,8 @@ TEST_F(Listings, AreMadeAgainIfTheFolderMayHaveChanged) {
   const Listing listing(folder);
   EXPECT_TRUE(listing.isCurrent());
   EXPECT_FALSE(Listing(sample("IMG_0001.JPG")).isCurrent()) << "not a folder";
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // for another time of change
+  // More than a step of the kernel's clock: the time of change must differ.
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   write(folder / "new", "");
   setTime(folder, 4'000'000'000);
   EXPECT_FALSE(listing.isCurrent());

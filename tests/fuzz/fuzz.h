@@ -7,7 +7,7 @@
 
 namespace orvelin::test {
 
-/// Throws if the condition is false, which fails the fuzzer or the test.
+/// Throws if the condition is false, which fails the fuzzer.
 inline void expect(bool holds, const char* what) {
   if (!holds) throw std::logic_error(what);
 }
