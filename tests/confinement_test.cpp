@@ -64,9 +64,9 @@ TEST_F(ConfinementTest, DeniesEverythingButComputing) {
       {"share memory", false,
        [] { return long(::mmap(nullptr, 1, PROT_READ, MAP_SHARED | MAP_ANONYMOUS, -1, 0)); }},
   };
-  for (const auto& [what, byLandlock, attempt] : attempts) {
+  for (const auto& [what, byLandlock, call] : attempts) {
     if (!hasSeccomp && !(hasLandlock && byLandlock)) continue;
-    EXPECT_EQ(inChild([&, &attempt = attempt] {
+    EXPECT_EQ(inChild([&, &attempt = call] {
                 const Confinement confinement = confine();
                 if (confinement.files != hasLandlock || confinement.calls != hasSeccomp) return 2;
                 return attempt() < 0 && (errno == EPERM || errno == EACCES) ? 0 : 1;
