@@ -73,7 +73,7 @@ TEST_F(Archive, UnpacksWhatItPacked) {
   write(folder / "CD/1/b", std::string(200'000, 'x') + "end");
   write(folder / "CD" / std::string(255, 'n'), "c");
   unpack(pack(folder / "CD"));
-  EXPECT_EQ(contentsOf(folder / "out/CD"), contentsOf(folder / "CD"));
+  EXPECT_TRUE(contentsOf(folder / "out/CD") == contentsOf(folder / "CD"));
 }
 
 TEST_F(Archive, IsCompleteOrNotCreatedByTheTool) {
@@ -111,7 +111,7 @@ TEST_F(Archive, IsReadAsFarAsPossibleIfTruncatedOrWrong) {
     else
       EXPECT_NO_THROW(unpack(example.substr(0, size)));
     const auto begun = std::ranges::count_if(names, [=](auto name) { return name < size; });
-    EXPECT_EQ(treeOf(folder / "out").size(), begun);
+    ASSERT_EQ(treeOf(folder / "out").size(), begun);
   }
   EXPECT_EQ(read(folder / "out/CD/a.txt"), "h");
 

@@ -88,16 +88,16 @@ TEST_F(PictureProcess, LosesAPictureOnlyByRepeatedFaults) {
     CallFaults& calls;
     std::function<void()> fault;
     int stride = 1;  // more for similar ways and for those that take long
-    std::string reason = "le décodeur s’est arrêté";
     int needed = 2;  // faults that cost the picture
+    std::string reason = "le décodeur s’est arrêté";
   } ways[] = {
       {"killed", requests, [] { ::kill(pictureProcess, SIGKILL); }},
       {"short answer", answers, [] { --answered; }, 3},
       {"long answer", answers, [] { ++answered; }, 3},
       {"unknown verdict", answers, [] { answer->verdict = PictureVerdict(99); }, 3},
       {"wrong length", answers, [] { ++answer->jpegBytes; }, 3},
-      {"stalled", requests, [&] { stop(monotonicSkew); }, 3, "trop long"},
-      {"out of CPU time", requests, [&] { stop(cpuSkew); }, 3, "trop long", 1},
+      {"stalled", requests, [&] { stop(monotonicSkew); }, 3, 2, "trop long"},
+      {"out of CPU time", requests, [&] { stop(cpuSkew); }, 3, 1, "trop long"},
   };
   for (const auto& way : ways)
     for (const int times : {1, 2}) {
