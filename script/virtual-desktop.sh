@@ -16,7 +16,11 @@ chmod 700 "$out/.run"
 # Folder dialogs start in HOME, so it is enough to type a name.
 export HOME=$out XDG_RUNTIME_DIR=$out/.run QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8 TZ=Europe/Paris
 unset WAYLAND_DISPLAY
-trap 'kill $(jobs -p) 2>/dev/null || true; wait 2>/dev/null || true' EXIT
+stop_desktop() {
+  kill $(jobs -p) 2>/dev/null || true
+  wait 2>/dev/null || true
+}
+trap stop_desktop EXIT
 
 exec 3<> <(:)
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset >"$out/.run/xvfb.log" 2>&1 &
