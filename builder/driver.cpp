@@ -3,6 +3,7 @@
 #include "archive/gonfleur.h"
 #include "builder/orderfile.h"
 #include "photos/unfinished.h"
+#include "platform/core/devicesync.h"
 #include "platform/core/resourcefork.h"
 
 namespace orvelin {
@@ -24,9 +25,11 @@ bool buildDigiFilm(BuildState& state) {
   state.tabItem.clear();
   state.outFol = state.outFol->Child("DIGIFILM");
   state.outFol->CreateAsFolder();
+  DeviceSync device(*state.outFol);
 
   state.BuildTab(state.inFol);
-  writeOrderFile(*state.outFol->Child("digifilm.txt"), state.tabItem);
+  const Ref<FolderItem> orderFile = state.outFol->Child("digifilm.txt");
+  writeOrderFile(*orderFile, state.tabItem, device);
 
   state.outFol->Child("misc")->CreateAsFolder();
   writeResource(128, *state.outFol->Child("misc")->Child("favorite.mrk"));
@@ -34,6 +37,7 @@ bool buildDigiFilm(BuildState& state) {
 
   GonfleurClass().Gonfler(state.GetResource("datafile"), state.outFol);
   deleteUnfinished(*state.outFol);
+  device.finish(*orderFile);
   return true;
 }
 

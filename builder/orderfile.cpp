@@ -5,11 +5,12 @@
 
 #include "builder/generatestring.h"
 #include "platform/core/background.h"
+#include "platform/core/devicesync.h"
 #include "platform/core/text.h"
 
 namespace orvelin {
 
-void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem) {
+void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem, DeviceSync& device) {
   const std::string lineEnd = Chr(13) + Chr(10);
   const auto tabs = [](int count) { return GenerateString(Chr(9), count); };
   const Ref<BinaryStream> stream = orderFile.CreateBinaryFile("text");
@@ -38,6 +39,7 @@ void writeOrderFile(const FolderItem& orderFile, const DigiItems& tabItem) {
     stream->Write(tabItem[i]->BuildData());  // also places the picture
     line("");
     line("");
+    device.start();
     RuntimeBackgroundTask();
   }
 

@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <iterator>
 #include <tuple>
 
@@ -88,19 +87,6 @@ TEST_F(ConfinementTest, AppliesToThePictureProcess) {
   EXPECT_NE(limited, ::dlsym(RTLD_DEFAULT, "__asan_init") != nullptr) << "3 GiB of data";
   EXPECT_EQ(std::distance(fs::directory_iterator(process / "fd"), {}), 4)
       << "socket, pipe, /dev/null and the picture";
-}
-
-TEST_F(ConfinementTest, KillsThePictureProcessWithTheProgram) {
-  ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-  inChild([] {
-    item(sample("aquarelle.png"))->OpenAsPicture();
-    ::kill(pictureProcess(), SIGSTOP);  // so that it can't exit by itself
-    return 0;
-  });
-  int status = 0;
-  EXPECT_GT(::waitpid(-1, &status, 0), 0);
-  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-  ::prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
 }  // namespace orvelin::test

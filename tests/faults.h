@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <ctime>
 #include <functional>
 #include <set>
 #include <string>
@@ -18,6 +19,9 @@ auto callReplaced(const char* name, Args... args) {
   static const auto replaced = reinterpret_cast<decltype(function)>(::dlsym(RTLD_NEXT, name));
   return replaced(args...);
 }
+
+/// Seconds that the monotonic clock is ahead.
+extern std::time_t monotonicSkew;
 
 /// Makes some of the calls to a function fail, as when a disk is full or removed.
 struct CallFaults {
@@ -42,14 +46,15 @@ struct CallFaults {
 };
 
 /// Calls `step` with a fault at the first call, then at each later one (at every stride-th one),
-/// until it returns 0 failures or the test fails. Returns the number of calls before the last
-/// fault.
+/// until it returns 0 failures or the test fails. Returns the number of calls, rounded up to a
+/// multiple of the stride.
 template <class Step>
 int sweep(const std::string& name, CallFaults fault, const Step& step) {
   for (fault.left = 0; !testing::Test::HasFailure(); fault.left += fault.stride) {
     SCOPED_TRACE(name + " at call " + std::to_string(fault.left));
     if (step(fault) > 0) continue;
-    EXPECT_GT(fault.left, 0) << "no call was counted";
+    // Every step makes more than three calls. If fewer are counted, some bypass the replacement.
+    EXPECT_GT(fault.left, 3) << "too few calls";
     break;
   }
   return fault.left;
@@ -64,6 +69,8 @@ class Faults : public FileTest {
     calm = contentsOf(folder / "calm");
     for (const auto& [path, bytes] : calm) pictures.insert(bytes);
   }
+
+  void TearDown() override { monotonicSkew = 0; }
 
   /// Restores the photographs.
   void restore() {
@@ -95,8 +102,8 @@ class Faults : public FileTest {
       if (path.ends_with(".jpg")) ++placed;
       EXPECT_TRUE(pictures.contains(bytes) || !path.ends_with(".jpg")) << "is partial";
       EXPECT_TRUE(killed || !path.ends_with(".orvelin")) << "is left";
-      const std::string known = renumbered ? bytes.substr(0, bytes.find("[Product]")) : bytes;
-      EXPECT_TRUE(!path.ends_with(".txt") || calm.at(path).starts_with(known)) << "is wrong";
+      const auto size = renumbered ? calm.at("DIGIFILM/digifilm.txt").find("[Std]") : bytes.size();
+      EXPECT_TRUE(!path.ends_with(".txt") || calm.at(path).starts_with(bytes.substr(0, size)));
     }
     const std::string order = read(cd / "DIGIFILM/digifilm.txt"),
                       lastButOne = "00" + std::to_string(placed - 1) + ".jpg";

@@ -103,11 +103,6 @@ TEST_F(Scan, ListsAFolderOnceAndChecksEachEntryAtItsTurn) {
   EXPECT_EQ(scanned(), (Tree{"b", "inner"}));
 }
 
-TEST_F(Scan, RaisesOnNil) {
-  EXPECT_THROW(ScanState().BuildTab(nullptr), NilObjectException);
-  EXPECT_FALSE(ScanState::isOpenablePicture(nullptr));
-}
-
 TEST_F(Scan, SkipsAndDeletesOnlyTemporaryFilesOfKilledBuilds) {
   const std::string file = ".001.jpg.orvelin", numbered = "dcim/1k6230/";
   for (const std::string& name : {numbered + file, "dcim/102k6230/.1000.jpg.orvelin"s}) photo(name);

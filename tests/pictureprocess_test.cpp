@@ -26,9 +26,11 @@ pid_t pictureProcess = 0;
 bool asked = false;    // since the process was started
 ssize_t answered = 0;  // the size of its last answer
 orvelin::PictureAnswer* answer = nullptr;
-time_t monotonicSkew = 0, cpuSkew = 0;  // of the clocks, in seconds
+time_t cpuSkew = 0;  // of the process's clock, in seconds
 
 }  // namespace
+
+time_t orvelin::test::monotonicSkew = 0;
 
 // These replace the system calls of the program. NOLINTBEGIN(*-inconsistent-declaration-*)
 extern "C" int posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
@@ -62,19 +64,14 @@ extern "C" ssize_t pread(int file, void* bytes, size_t count, off_t at) {
 extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const int result = callReplaced<::clock_gettime>("clock_gettime", clock, time);
   if (clock < 0) time->tv_sec += cpuSkew;  // the clock of a process
-  if (clock == CLOCK_MONOTONIC) time->tv_sec += monotonicSkew;
+  if (clock == CLOCK_MONOTONIC) time->tv_sec += orvelin::test::monotonicSkew;
   return result;
 }
 // NOLINTEND(*-inconsistent-declaration-*)
 
 namespace orvelin::test {
 
-using namespace std::string_literals;
-
-class PictureProcess : public Faults {
- protected:
-  void TearDown() override { monotonicSkew = 0; }
-};
+using PictureProcess = Faults;
 
 TEST_F(PictureProcess, LosesAPictureOnlyByRepeatedFaults) {
   // Stops the process. Each yield sets the clock forward by more than the limit for a process that
@@ -84,7 +81,7 @@ TEST_F(PictureProcess, LosesAPictureOnlyByRepeatedFaults) {
     atYields([&, stopped = pictureProcess] { skew += stopped == pictureProcess ? 100 : 0; });
   };
   const struct {
-    const char* name;
+    std::string name;
     CallFaults& calls;
     std::function<void()> fault;
     int stride = 1;  // more for similar ways and for those that take long
@@ -102,7 +99,7 @@ TEST_F(PictureProcess, LosesAPictureOnlyByRepeatedFaults) {
   for (const auto& way : ways)
     for (const int times : {1, 2}) {
       const CallFaults faults{.times = times, .instead = way.fault, .stride = way.stride};
-      sweep(way.name + " x "s + std::to_string(times), faults, [&](const CallFaults& fault) {
+      sweep(way.name + " x " + std::to_string(times), faults, [&](const CallFaults& fault) {
         way.calls = fault;
         testing::internal::CaptureStderr();
         EXPECT_TRUE(build(cd));

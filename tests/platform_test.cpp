@@ -16,7 +16,6 @@ TEST_F(Names, ThatAreInvalidGiveNil) {
   for (const std::string& name : {""s, "."s, ".."s, "a/b"s, "/"s, "a\0b"s, std::string(256, 'a')})
     EXPECT_FALSE(base->Child(name)) << name;
   EXPECT_EQ(base->Child("..a")->Path().native(), folder / "..a");
-  EXPECT_EQ(item("/")->Name(), "/");
   EXPECT_EQ(base->Name(), folder.filename());
 }
 
@@ -26,8 +25,9 @@ TEST_F(Files, AreCopiedWithTheirTimeAndReplaceSymlinks) {
   write(folder / "source", std::string(300'000, 'x') + "end");
   setTime(folder / "source", 1'000'000'000);
   fs::create_symlink("source", folder / "copied");
-  item(folder / "source")->CopyFileTo(item(folder / "copied"));
-  EXPECT_EQ(read(folder / "copied"), read(folder / "source"));
+  for (const char* target : {"source", "copied"})  // also onto itself
+    item(folder / "source")->CopyFileTo(item(folder / target));
+  EXPECT_EQ(read(folder / "copied"), std::string(300'000, 'x') + "end");
   EXPECT_EQ(fs::last_write_time(folder / "copied"), fs::last_write_time(folder / "source"));
   EXPECT_FALSE(fs::is_symlink(folder / "copied"));
   fs::create_symlink("source", folder / "kept");

@@ -4,6 +4,7 @@
 
 #include "archive/gonfleur.h"
 #include "platform/core/descent.h"
+#include "platform/core/devicesync.h"
 #include "platform/core/standardstreams.h"
 
 using namespace orvelin;
@@ -32,11 +33,13 @@ bool isPackable(FolderItem& folder, Descent& descent) {
   return true;
 }
 
-/// Packs the folder. Returns false, and logs why, if the archive could not be written.
+/// Packs the folder. Returns false, and logs why, if the archive is not on the device.
 bool pack(FolderItem& folder, const FolderItem& archive) try {
+  DeviceSync device(*archive.Parent());
   const Ref<BinaryStream> stream = archive.CreateBinaryFile("text");
   GonfleurClass::packFolder(*stream, folder);
   stream->Close();
+  device.finish(archive);
   return !stream->failed();
 } catch (const NilObjectException& failure) {
   report(failure.what());

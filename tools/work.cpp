@@ -3,12 +3,14 @@
 
 #include "archive/gonfleur.h"
 #include "builder/driver.h"
+#include "platform/core/devicesync.h"
 #include "platform/core/standardstreams.h"
 
 using namespace orvelin;
 
 /// Builds, unpacks or packs without a window, for the tests and the benchmark. Pass absolute paths.
-/// The destination folder must exist.
+/// The destination folder must exist. Returns 0 if everything that was written is on the device; a
+/// write that fails at once is only logged.
 int main(int argc, char** argv) try {
   secureStandardStreams();
   const std::string command = argc == 4 ? argv[1] : "";
@@ -22,11 +24,15 @@ int main(int argc, char** argv) try {
   if (command == "build") {
     BuildState state(from, to);
     buildDigiFilm(state);
-  } else if (command == "unpack") {
-    GonfleurClass().Gonfler(from, to);
-  } else {
-    GonfleurClass().Degonfler(from, to);
+    return 0;
   }
+  const bool unpacks = command == "unpack";
+  DeviceSync device(unpacks ? *to : *to->Parent());
+  if (unpacks)
+    GonfleurClass().Gonfler(from, to);
+  else
+    GonfleurClass().Degonfler(from, to);
+  device.finish(*to);
   return 0;
 } catch (const NilObjectException& failure) {
   std::cerr << failure.what() << "\n";

@@ -29,6 +29,9 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
       "Libérez de la place sur ce disque, ou recommencez sur un autre.";
   static constexpr const char* plugIn =
       "Vérifiez que la clé ou le disque est bien branché, puis recommencez.";
+  static constexpr const char* plugInOrReplace =
+      "Vérifiez que la clé ou le disque est bien branché, puis recommencez\u00A0; si le message "
+      "revient, prenez-en un autre.";
   static constexpr const char* rename =
       "Renommez ou déplacez l’élément qui gêne, ou choisissez un autre dossier.";
   static constexpr const char* closeOthers =
@@ -50,12 +53,13 @@ Failure Failure::ofSystem(const std::string& action, const std::string& path, in
       {ENOTDIR, "un fichier tient la place d’un dossier", rename},
       {ENAMETOOLONG, "nom trop long", "Recommencez dans un dossier au chemin plus court."},
       {ELOOP, "alias en boucle", ""},
-      {EIO, "le disque ne répond pas correctement", plugIn},
+      {EIO, "le disque ne répond pas correctement", plugInOrReplace},
       {ESTALE, "le fichier a changé entre-temps", ""},
       {ENXIO, "le périphérique n’est plus là", plugIn},
-      {ETIMEDOUT, "le disque ne répond pas correctement", plugIn},
+      {ETIMEDOUT, "le disque ne répond pas correctement", plugInOrReplace},
       {ENOTCONN, "le périphérique n’est plus là", plugIn},
       {ENODEV, "le périphérique n’est plus là", plugIn},
+      {EINTR, "l’opération a été interrompue", "Recommencez."},
       {EINVAL, "ce n’est pas un fichier ordinaire", rename},
       {EMFILE, "trop de fichiers ouverts", closeOthers},
       {ENFILE, "trop de fichiers ouverts", closeOthers},

@@ -25,8 +25,8 @@ void report(const std::string& sentence);
 /// Forgets which lines were logged, so that the next build logs them again.
 void forgetReports();
 
-/// Thrown when nil is used as an object, with the reason of the nil, and if the picture process
-/// can't be started.
+/// Thrown when nil is used as an object, with the reason of the nil; also if the picture process
+/// can't be started, or if the device of the destination fails.
 class NilObjectException : public std::exception {
  public:
   explicit NilObjectException(const Failure& failure)

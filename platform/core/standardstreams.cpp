@@ -12,6 +12,7 @@ void secureStandardStreams() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
     if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);
 }
 
 }  // namespace orvelin

@@ -17,7 +17,7 @@ void quitAfter(const std::string& failure, const std::string& advice = "") {
   std::string text = "Orvelin n’a pas pu continuer et va se fermer.\r\r" + failure;
   if (!advice.empty()) text += "\r\r" + advice;
   MsgBox(text +
-         "\r\rCe qui est déjà écrit reste en place. Orvelin ne touche à rien hors du dossier "
+         "\r\rOrvelin n’efface pas ce qui est déjà écrit, et ne touche à rien hors du dossier "
          "«\u00A0DIGIFILM\u00A0».");
   Runtime::current().quit(1);
 }
