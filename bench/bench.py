@@ -1,5 +1,6 @@
 """Runs Orvelin and other tools, its peers, in turn on the same files. Called by script/bench."""
 
+import atexit
 import os
 import re
 import shutil
@@ -9,13 +10,16 @@ import sys
 import time
 from pathlib import Path
 
-from card import Card, NoCard
+from card import Card, NoCard, stick
 
 PAIRS = 5
 quick = "--quick" in sys.argv
 bench = Path("build/bench").resolve()
 work = Path("build/tools").resolve() / "work/Orvelin.app/Contents/Linux/orvelin-work"
-out = bench / "out"
+# In memory: otherwise a build, which waits until its files are on the disk, would be compared with
+# tools that leave them to the kernel.
+memory = Path("/dev/shm/orvelin-bench")
+atexit.register(shutil.rmtree, memory, ignore_errors=True)
 
 
 def shell(script):
@@ -44,6 +48,10 @@ VIPS = shell(
 )
 CAT = shell('exec cat "$1"/*/* > /dev/null')
 TAR_C = shell('exec tar -cf "$2/archive" -C "$1" .')
+CP = shell('cp -r "$1"/* "$2"; exec sync -f "$2"')
+UNSYNCED = shell(
+    f'LD_PRELOAD="{bench}/liborvelin-unsynced.so" "{work}" build "$1" "$2"; exec sync -f "$2"'
+)
 
 
 def inputs(kind, count):
@@ -59,8 +67,8 @@ def inputs(kind, count):
     return folder, count
 
 
-def run(command, source, expected, in_process=None):
-    """Seconds and peak memory in bytes of one run, which must create `expected` files."""
+def run(command, source, expected, in_process=None, out=memory):
+    """Seconds and peak memory in bytes of one run, which must create `expected` files in `out`."""
     shutil.rmtree(out, ignore_errors=True)
     out.mkdir(parents=True)
     os.sync()
@@ -70,7 +78,7 @@ def run(command, source, expected, in_process=None):
     _, status, usage = os.wait4(process.pid, 0)
     seconds = time.perf_counter() - begin
     process.returncode = status
-    made = out / "DIGIFILM/dcim" if command is BUILD else out
+    made = out / "DIGIFILM/dcim" if command in (BUILD, UNSYNCED) else out
     count = sum(path.is_file() for path in made.rglob("*"))
     if status != 0 or count != expected:
         sys.exit(f"{command} ended with {status} and left {count} files, not {expected}")
@@ -109,11 +117,11 @@ def cold_card(kind, name):
     card = Card(source, bench)
     photographs = sum(path.stat().st_size for path in source.rglob("*") if path.is_file())
 
-    def build(*limits):
+    def build(*limits, out=memory):
         """Seconds of a build, and bytes read per byte of the photographs."""
         with card.inserted(*limits) as folder:
             before = card.bytes_read()
-            seconds, _ = run(BUILD, folder, count, card.group.enter)
+            seconds, _ = run(BUILD, folder, count, card.group.enter, out)
             return seconds, (card.bytes_read() - before) / photographs
 
     try:
@@ -130,11 +138,63 @@ def cold_card(kind, name):
                 statistics.median(bounds), ratio, 1.20)
             row("  bytes read", "bytes of the files", None, None, read, 1.01)
         if kind == "jfif":
-            # Too little memory to cache the photographs between scan and copy.
-            _, read = build(40, 64)
+            # Too little memory to cache the photographs between scan and copy. Files in /dev/shm
+            # would count too, so build on the disk.
+            shutil.rmtree(memory)
+            _, read = build(40, 64, out=bench / "out")
+            shutil.rmtree(bench / "out")
             row("  bytes read, with 64 MB of memory", "bytes of the files", None, None, read, 1.05)
     finally:
         card.remove()
+
+
+def on_stick(kind, name):
+    """Rows for a build onto a stick, against copying the finished DigiFilm onto it."""
+    source, count = inputs(kind, 400 if quick else 40)  # 40 files in both cases
+    run(BUILD, source, count)
+    tree = bench / "tree"
+    shutil.rmtree(tree, ignore_errors=True)
+    shutil.copytree(memory, tree)
+    files = sum(path.is_file() for path in tree.rglob("*"))
+    # Nothing is written during the scan. That of JFIF files takes next to no time.
+    scan = seconds_of_scan(source) if kind != "jfif" else 0
+    for speed in (10, 40):
+        builds, bounds = [], []
+        with stick(bench, speed) as (folder, group):
+            for _ in range(2 if quick else PAIRS):
+                bound, _ = run(CP, tree, files, group.enter, folder / "out")
+                if kind != "jfif":
+                    bound = scan + max(bound, run(BUILD, source, count)[0])
+                bounds.append(bound)
+                builds.append(run(BUILD, source, count, group.enter, folder / "out")[0])
+        ratio = statistics.median(a / b for a, b in zip(builds, bounds))
+        row(f"{count} {name}, onto a stick, {speed} MB/s",
+            "cp, sync" if kind == "jfif" else "scan + slower of cp, memory",
+            statistics.median(builds), statistics.median(bounds), ratio, 1.10)
+    shutil.rmtree(tree)
+
+
+def seconds_of_scan(source):
+    """Seconds until a build creates the order file, which it does after the scan."""
+    shutil.rmtree(memory, ignore_errors=True)
+    memory.mkdir()
+    begin = time.perf_counter()
+    with subprocess.Popen([*BUILD, source, memory], stderr=subprocess.DEVNULL):
+        while not (memory / "DIGIFILM/digifilm.txt").exists():
+            time.sleep(0.001)
+        return time.perf_counter() - begin
+
+
+def small_on_fast_disk():
+    source, count = inputs("small", 1000)
+    seconds = [[], []]
+    with stick(bench) as (folder, _):
+        for pair in range(PAIRS):
+            for i, command in ((0, BUILD), (1, UNSYNCED))[::1 if pair % 2 == 0 else -1]:
+                seconds[i].append(run(command, source, count, out=folder / "out")[0])
+    ratio = statistics.median(a / b for a, b in zip(*seconds))
+    row(f"{count} small ones, onto a fast disk", "without the flush, then sync",
+        *map(statistics.median, seconds), ratio, 1.10)
 
 
 def cost_per_picture():
@@ -156,8 +216,7 @@ def archives():
     subprocess.run([work, "pack", tree, archive], check=True)
     subprocess.run(["tar", "-cf", tar, "-C", tree, "."], check=True)
     tar_x = shell(f'exec tar -xf "{tar}" -C "$2"')
-    # Times vary much with the disk's journal.
-    pairs = 3 * PAIRS
+    pairs = 3 * PAIRS  # they are short
     in_turn(f"{count} files unpacked", UNPACK, archive, count, [("tar -xf", tar_x, 1.0)], pairs)
     in_turn(f"{count} files packed", PACK, tree, 1, [("tar -cf", TAR_C, 1.0)], pairs)
 
@@ -184,8 +243,8 @@ def quality():
         run(BUILD, source, all_of_them)
         sources = sorted(path for path in source.rglob("*") if path.is_file())[:4]
         for number, picture in enumerate(sources, 1):
-            mine = out / f"DIGIFILM/dcim/100k6230/{number:03}.jpg"
-            reference, theirs = out / "reference.png", out / "theirs.jpg"
+            mine = memory / f"DIGIFILM/dcim/100k6230/{number:03}.jpg"
+            reference, theirs = memory / "reference.png", memory / "theirs.jpg"
             convert = ["convert", picture, "-auto-orient", "-depth", "8", reference]
             subprocess.run(convert, check=True)
             decibels = psnr(mine, reference)
@@ -211,8 +270,11 @@ peak = in_turn(f"{count} Exif JPEGs, 12 MP, a third turned", BUILD, folder, coun
 try:
     cold_card("jfif", "JFIF JPEGs, 12 MP")
     cold_card("exif", "Exif JPEGs, 12 MP")
+    on_stick("jfif", "JFIF JPEGs, 12 MP")
+    on_stick("exif", "Exif JPEGs, 12 MP")
+    small_on_fast_disk()
 except NoCard as reason:
-    print(f"no cold card here: {reason}", flush=True)
+    print(f"no card or stick here: {reason}", flush=True)
 for kind, name, count, limit in (("tiff", "TIFF", 50, 0.50), ("lzw", "TIFF, LZW", 50, 0.50),
                                  ("png", "PNG", 100, 1.00), ("heic", "HEIC", 30, 1.50)):
     folder, count = inputs(kind, count)
@@ -230,4 +292,3 @@ nanoseconds = [float(subprocess.check_output(bench / "orvelin-yield", stderr=sub
                for _ in range(PAIRS)]
 row("yield with nothing waiting (ns)", "-", None, None, statistics.median(nanoseconds), 50)
 quality()
-shutil.rmtree(out)

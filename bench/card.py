@@ -1,8 +1,8 @@
-"""A simulated memory card: a file system on a loop device with limited speed."""
+"""Simulated memory cards and sticks: file systems on loop devices with limited speed."""
 
 import os
 import subprocess
-from contextlib import contextmanager, suppress
+from contextlib import ExitStack, contextmanager, suppress
 from pathlib import Path
 
 GROUP = "orvelin-bench"
@@ -16,8 +16,15 @@ def call(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout.strip()
 
 
+def loop_device(*arguments):
+    """A new loop device, and its number."""
+    path = call("losetup", "--find", "--show", *arguments)
+    number = os.stat(path).st_rdev
+    return path, f"{os.major(number)}:{os.minor(number)}"
+
+
 class Group:
-    """A control group that limits its processes' memory and the speed at which they read a device."""
+    """A control group that limits its processes' memory, and the speed of devices for them."""
 
     def __init__(self):
         root = Path("/sys/fs/cgroup")
@@ -25,12 +32,15 @@ class Group:
             self.folders = [root / "blkio" / GROUP, root / "memory" / GROUP]
             self.speed = self.folders[0] / "blkio.throttle.read_bps_device"
             self.memory = self.folders[1] / "memory.limit_in_bytes"
+            # The kernel writes for all processes, so only the root group has an effect.
+            self.write_speed = root / "blkio/blkio.throttle.write_bps_device"
         else:
             if "io" not in (root / "cgroup.controllers").read_text().split():
                 raise NoCard("the kernel has no block controller")
             (root / "cgroup.subtree_control").write_text("+io +memory")
             self.folders = [root / GROUP]
             self.speed, self.memory = root / GROUP / "io.max", root / GROUP / "memory.max"
+            self.write_speed = self.speed
         for folder in self.folders:
             folder.mkdir(exist_ok=True)
 
@@ -38,6 +48,13 @@ class Group:
         key = "rbps=" if self.speed.name == "io.max" else ""
         self.speed.write_text(f"{device} {key}{bytes_per_second}")
         self.memory.write_text(str(memory))
+
+    def limit_writing(self, device, bytes_per_second):
+        """Limits the speed of writing to a device; 0 removes the limit."""
+        if self.write_speed.name == "io.max":
+            self.write_speed.write_text(f"{device} wbps={bytes_per_second or 'max'}")
+        else:
+            self.write_speed.write_text(f"{device} {bytes_per_second}")
 
     def enter(self):
         """Adds this process to the group."""
@@ -64,9 +81,7 @@ class Card:
             self.image.unlink(missing_ok=True)
             call("truncate", "-s", str(size + (16 << 20)), self.image)
             call("mkfs.ext4", "-q", "-d", folder, self.image)
-            self.loop = call("losetup", "--find", "--show", self.image)
-            number = os.stat(self.loop).st_rdev
-            self.device = f"{os.major(number)}:{os.minor(number)}"
+            self.loop, self.device = loop_device(self.image)
             # A card's read-ahead. The default of a loop device is twenty times as much.
             Path(f"/sys/dev/block/{self.device}/queue/read_ahead_kb").write_text("128")
             self.folder.mkdir(exist_ok=True)
@@ -98,3 +113,39 @@ class Card:
             self.group.remove()
         if self.loop:
             call("losetup", "--detach", self.loop)
+
+
+@contextmanager
+def stick(work, speed=None):
+    """The folder of an empty stick, and its control group. `speed`, in MB/s, limits writing.
+
+    The stick is a loop device with direct I/O and a short queue, on another one with limited speed.
+    A limited loop device alone would never make a writer wait.
+    """
+    if os.geteuid() != 0:
+        raise NoCard("only root can mount one")
+    image, folder = work / "stick", work / "stick.mounted"
+    with ExitStack() as cleanup:
+        try:
+            group = Group()
+            cleanup.callback(group.remove)
+            folder.mkdir(exist_ok=True)
+            cleanup.callback(folder.rmdir)
+            call("truncate", "-s", "4G", image)
+            cleanup.callback(image.unlink)
+            lower, number = loop_device(image)
+            cleanup.callback(call, "losetup", "--detach", lower)
+            upper, upper_number = loop_device("--direct-io=on", lower)
+            cleanup.callback(call, "losetup", "--detach", upper)
+            queue = Path(f"/sys/dev/block/{upper_number}/queue")
+            (queue / "nr_requests").write_text("4")
+            (queue / "max_sectors_kb").write_text("120")
+            call("mkfs.ext4", "-q", upper)
+            call("mount", upper, folder)
+            cleanup.callback(call, "umount", "--lazy", folder)  # a killed process may still use it
+            if speed:
+                group.limit_writing(number, speed * 1_000_000)
+                cleanup.callback(group.limit_writing, number, 0)
+        except (OSError, subprocess.CalledProcessError) as error:
+            raise NoCard(getattr(error, "stderr", "") or error) from error
+        yield folder, group
